@@ -1,0 +1,264 @@
+#include "codec/Detection.h"
+
+#include "codec/OutputBlock.h"
+
+#include <bit>
+
+namespace korvel {
+
+using detail::ByteAt;
+
+namespace {
+
+constexpr std::uint8_t kEsc = 0x1B;
+constexpr std::size_t kBlock = 32;
+
+constexpr bool IsTextControl(std::uint8_t b) { return b == 0x09 || b == 0x0A || b == 0x0D; }
+
+// True when every byte of the 32-byte block at p is printable ASCII (DEL included), TAB, CR or
+// LF: bytes that every detector passes without looking further. Written branch-free so that
+// the compiler turns it into vector compares.
+inline bool IsPlainTextBlock(const std::uint8_t* p) {
+    std::uint8_t bad = 0;
+    for (std::size_t k = 0; k < kBlock; ++k) {
+        const std::uint8_t b = p[k];
+        const bool printable = static_cast<std::uint8_t>(b - 0x20) < 0x60;
+        const bool control = (b == 0x09) | (b == 0x0A) | (b == 0x0D);
+        bad |= static_cast<std::uint8_t>(!(printable | control));
+    }
+    return bad == 0;
+}
+
+// True when the 32-byte block at p holds a 0 byte or an ESC byte.
+inline bool BlockHasZeroOrEscape(const std::uint8_t* p) {
+    std::uint8_t hit = 0;
+    for (std::size_t k = 0; k < kBlock; ++k) {
+        hit |= static_cast<std::uint8_t>((p[k] == 0) | (p[k] == kEsc));
+    }
+    return hit != 0;
+}
+
+// What the scan for UTF-16 zeros and ISO-2022-JP escapes found first.
+enum class ScanHit { None, Zero, Escape };
+
+ScanHit FindZeroOrJisEscape(const std::uint8_t* bytes, std::size_t length) {
+    std::size_t i = 0;
+    while (i < length) {
+        if (i + kBlock <= length && !BlockHasZeroOrEscape(bytes + i)) {
+            i += kBlock;
+            continue;
+        }
+        const std::uint8_t b = bytes[i];
+        if (b == 0) {
+            return ScanHit::Zero;
+        }
+        if (b == kEsc) {
+            const std::uint8_t next = ByteAt(bytes, length, i + 1);
+            if (next == '$' || next == '(') {
+                return ScanHit::Escape;
+            }
+        }
+        ++i;
+    }
+    return ScanHit::None;
+}
+
+} // namespace
+
+int Utf8LeadLength(std::uint8_t b) {
+    const int ones = std::countl_one(b);
+    return (ones < 2 || ones > 6) ? -1 : ones;
+}
+
+bool IsUtf8Text(const std::uint8_t* bytes, std::size_t length, bool* asciiOnly) {
+    if (bytes == nullptr) {
+        return false;
+    }
+    bool sawOnlyAscii = true;
+    bool result = true;
+    std::size_t i = 0;
+    while (i < length) {
+        const std::uint8_t b = bytes[i];
+        if (b < 0x80) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+                i += kBlock;
+                continue;
+            }
+            if (b < 0x20 && !IsTextControl(b)) {
+                result = false;
+                break;
+            }
+            ++i;
+            continue;
+        }
+        const int sequenceLength = Utf8LeadLength(b);
+        // A sequence cut off by the end of the data meets the trailing 0 bytes and fails.
+        if (sequenceLength < 0 || length - i < static_cast<std::size_t>(sequenceLength)) {
+            result = false;
+            break;
+        }
+        bool continuationsOk = true;
+        for (int k = 1; k < sequenceLength; ++k) {
+            continuationsOk &= (bytes[i + k] & 0xC0) == 0x80;
+        }
+        if (!continuationsOk) {
+            result = false;
+            break;
+        }
+        sawOnlyAscii = false;
+        i += static_cast<std::size_t>(sequenceLength);
+    }
+    if (asciiOnly != nullptr) {
+        *asciiOnly = sawOnlyAscii;
+    }
+    return result;
+}
+
+bool IsShiftJisText(const std::uint8_t* bytes, std::size_t length) {
+    if (bytes == nullptr) {
+        return false;
+    }
+    std::size_t i = 0;
+    while (i < length) {
+        const std::uint8_t b = bytes[i];
+        if (b < 0x80) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+                i += kBlock;
+                continue;
+            }
+            if ((b < 0x20 && !IsTextControl(b)) || b == 0x7F) {
+                return false;
+            }
+            ++i;
+        } else if (b >= 0xA1 && b <= 0xDF) {
+            ++i; // half-width katakana
+        } else if (b <= 0x9F ? b >= 0x81 : b >= 0xE0 && b <= 0xEF) {
+            if (i + 1 == length) {
+                return true; // a trail byte still due at the end is accepted
+            }
+            const std::uint8_t trail = bytes[i + 1];
+            if (trail < 0x40 || trail > 0xFC || trail == 0x7F) {
+                return false;
+            }
+            i += 2;
+        } else {
+            return false; // 0x80, 0xA0 and 0xF0 to 0xFF, user-defined leads included
+        }
+    }
+    return true;
+}
+
+bool IsEucText(const std::uint8_t* bytes, std::size_t length) {
+    if (bytes == nullptr) {
+        return false;
+    }
+    auto inRange = [](std::uint8_t b, std::uint8_t low, std::uint8_t high) {
+        return b >= low && b <= high;
+    };
+    std::size_t i = 0;
+    while (i < length) {
+        const std::uint8_t b = bytes[i];
+        if (b >= 0xA1 && b <= 0xFE) {
+            if (i + 1 == length) {
+                return true; // a second byte still due at the end is accepted
+            }
+            if (!inRange(bytes[i + 1], 0xA1, 0xFE)) {
+                return false;
+            }
+            i += 2;
+        } else if (b == 0x8E) {
+            if (!inRange(ByteAt(bytes, length, i + 1), 0xA1, 0xDF)) {
+                return false;
+            }
+            i += 2;
+        } else if (b == 0x8F) {
+            if (!inRange(ByteAt(bytes, length, i + 1), 0xA1, 0xFE) ||
+                !inRange(ByteAt(bytes, length, i + 2), 0xA1, 0xFE)) {
+                return false;
+            }
+            i += 3;
+        } else if ((b >= 0x20 && b <= 0x7E) || IsTextControl(b)) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+                i += kBlock;
+                continue;
+            }
+            ++i;
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+TextEncoding DetectTextEncoding(const std::uint8_t* bytes, std::size_t length) {
+    if (bytes == nullptr || length == 0) {
+        return TextEncoding::Undetermined;
+    }
+    bool asciiOnly = true;
+    if (length >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF) {
+        // After the UTF-8 mark Shift_JIS is deliberately not tried.
+        if (IsUtf8Text(bytes, length, &asciiOnly)) {
+            return TextEncoding::Utf8;
+        }
+        return IsEucText(bytes, length) ? TextEncoding::Euc : TextEncoding::Undetermined;
+    }
+    if (IsUtf8Text(bytes, length, &asciiOnly)) {
+        return asciiOnly ? TextEncoding::AsciiOnly : TextEncoding::Utf8N;
+    }
+    switch (FindZeroOrJisEscape(bytes, length)) {
+    case ScanHit::Zero:
+        return TextEncoding::Unicode;
+    case ScanHit::Escape:
+        return TextEncoding::Jis;
+    case ScanHit::None:
+        break;
+    }
+    if (IsShiftJisText(bytes, length)) {
+        return TextEncoding::ShiftJis;
+    }
+    return IsEucText(bytes, length) ? TextEncoding::Euc : TextEncoding::Undetermined;
+}
+
+LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
+    if (bytes == nullptr || length == 0) {
+        return LineEnding::NoLineBreak;
+    }
+    std::size_t cr = 0;
+    std::size_t lf = 0;
+    std::size_t crlf = 0;
+    // A CR LF pair is CR then LF, or the UTF-16LE pair 0D 00 0A 00; the lookahead reads up to
+    // three bytes, so the last three positions go through the bounded read.
+    auto pairAt = [&](std::size_t i) {
+        const std::uint8_t next = ByteAt(bytes, length, i + 1);
+        return next == 0x0A || (next == 0 && ByteAt(bytes, length, i + 2) == 0x0A &&
+                                ByteAt(bytes, length, i + 3) == 0);
+    };
+    std::size_t i = 0;
+    const std::size_t unchecked = length > 3 ? length - 3 : 0;
+    for (; i < unchecked; ++i) {
+        const std::uint8_t b = bytes[i];
+        const bool isCr = b == 0x0D;
+        cr += isCr;
+        lf += b == 0x0A;
+        const std::uint8_t next = bytes[i + 1];
+        crlf += isCr & ((next == 0x0A) | ((next == 0) & (bytes[i + 2] == 0x0A) & (bytes[i + 3] == 0)));
+    }
+    for (; i < length; ++i) {
+        const std::uint8_t b = bytes[i];
+        cr += b == 0x0D;
+        lf += b == 0x0A;
+        crlf += b == 0x0D && pairAt(i);
+    }
+    if (crlf > 0) {
+        if (crlf * 100 / cr < 50) {
+            return LineEnding::Cr;
+        }
+        return crlf * 100 / lf >= 50 ? LineEnding::CrLf : LineEnding::Lf;
+    }
+    if (cr == 0 && lf == 0) {
+        return LineEnding::NoLineBreak;
+    }
+    return cr >= lf ? LineEnding::Cr : LineEnding::Lf;
+}
+
+} // namespace korvel

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "codec/CodecTypes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+namespace korvel::detail {
+
+// The output of one converter, allocated once from an upper bound of its size, so that a
+// large file does not pay for a growth step every 256 bytes. Pages never written are never
+// touched, so a generous bound costs address space, not memory.
+class OutputBlock {
+public:
+    OutputBlock() = default;
+    OutputBlock(const OutputBlock&) = delete;
+    OutputBlock& operator=(const OutputBlock&) = delete;
+    ~OutputBlock() { std::free(data_); }
+
+    // Room for maxBytes of output plus a two-byte terminator; false when out of memory.
+    bool Reserve(std::size_t maxBytes) {
+        if (maxBytes > std::numeric_limits<std::size_t>::max() - kTerminatorRoom) {
+            return false;
+        }
+        data_ = static_cast<std::uint8_t*>(std::malloc(maxBytes + kTerminatorRoom));
+        return data_ != nullptr;
+    }
+
+    std::uint8_t* bytes() { return data_; }
+    char16_t* units() { return reinterpret_cast<char16_t*>(data_); }
+
+    // Writes the terminator behind length bytes, gives the block away through the slots.
+    CodecStatus Deliver(std::size_t length, int terminatorBytes, std::uint8_t** output,
+                        std::size_t* outputLength) {
+        for (int i = 0; i < terminatorBytes; ++i) {
+            data_[length + i] = 0;
+        }
+        // Shrinking a large block is a cheap remap; keep the original when it cannot shrink.
+        if (auto* shrunk = static_cast<std::uint8_t*>(
+                std::realloc(data_, length + static_cast<std::size_t>(terminatorBytes)))) {
+            data_ = shrunk;
+        }
+        *output = data_;
+        *outputLength = length;
+        data_ = nullptr;
+        return CodecOk;
+    }
+
+private:
+    static constexpr std::size_t kTerminatorRoom = 2;
+    std::uint8_t* data_ = nullptr;
+};
+
+// Bytes of an upper bound, or SIZE_MAX when it overflows (Reserve then fails).
+constexpr std::size_t BoundBytes(std::size_t length, std::size_t perByte, std::size_t extra) {
+    constexpr std::size_t kMax = std::numeric_limits<std::size_t>::max();
+    if (length > (kMax - extra) / perByte) {
+        return kMax;
+    }
+    return length * perByte + extra;
+}
+
+// The byte at index i of a run, or 0 past its end: the loader keeps four 0 bytes behind every
+// file, and the designed reads past the end see those.
+inline std::uint8_t ByteAt(const std::uint8_t* bytes, std::size_t length, std::size_t i) {
+    return i < length ? bytes[i] : 0;
+}
+
+} // namespace korvel::detail
