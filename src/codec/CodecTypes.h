@@ -4,7 +4,8 @@
 #include <cstdint>
 
 // The encoding engine works on UTF-16LE text in memory and reads it through char16_t.
-static_assert(std::endian::native == std::endian::little, "KorvelEdit assumes a little-endian host");
+static_assert(std::endian::native == std::endian::little,
+              "KorvelEdit assumes a little-endian host");
 
 namespace korvel {
 

@@ -1,5 +1,6 @@
 #include "codec/Detection.h"
 
+#include "codec/ByteMasks.h"
 #include "codec/OutputBlock.h"
 
 #include <bit>
@@ -13,7 +14,9 @@ namespace {
 constexpr std::uint8_t kEsc = 0x1B;
 constexpr std::size_t kBlock = 32;
 
-constexpr bool IsTextControl(std::uint8_t b) { return b == 0x09 || b == 0x0A || b == 0x0D; }
+constexpr bool IsTextControl(std::uint8_t b) {
+    return b == 0x09 || b == 0x0A || b == 0x0D;
+}
 
 // True when every byte of the 32-byte block at p is printable ASCII (DEL included), TAB, CR or
 // LF: bytes that every detector passes without looking further. Written branch-free so that
@@ -63,6 +66,52 @@ ScanHit FindZeroOrJisEscape(const std::uint8_t* bytes, std::size_t length) {
     return ScanHit::None;
 }
 
+// Bytes that pass as a character of their own in text of any of the detected code sets.
+inline std::uint64_t PlainTextMask(const std::uint8_t* block) {
+    return detail::RangeMask(block, 0x20, 0x7E) | detail::ByteMask(block, 0x09) |
+           detail::ByteMask(block, 0x0A) | detail::ByteMask(block, 0x0D);
+}
+
+// Validates whole 64-byte blocks of UTF-8 at once: valid exactly when the continuation bytes
+// are the positions that the lead bytes ask for, and no byte is a control or FE/FF. Stops
+// before the first block that fails, so that the byte-wise scan finds the failure itself.
+// Returns the start of the first unchecked block; pending receives the number of continuation
+// bytes that its first bytes still owe to a lead byte of the block before.
+std::size_t SkipValidUtf8Blocks(const std::uint8_t* bytes, std::size_t length, bool& sawHighByte,
+                                int& pending) {
+    std::uint64_t owed = 0;
+    std::size_t i = 0;
+    for (; i + detail::kMaskBlock <= length; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        const std::uint64_t high = detail::HighBitMask(block);
+        const std::uint64_t allowedLow =
+            detail::RangeMask(block, 0x20, 0x7F) | detail::ByteMask(block, 0x09) |
+            detail::ByteMask(block, 0x0A) | detail::ByteMask(block, 0x0D);
+        if (high == 0 && owed == 0) {
+            if (allowedLow != ~std::uint64_t{0}) {
+                break;
+            }
+            continue;
+        }
+        const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
+        const std::uint64_t from6 = detail::RangeMask(block, 0xFC, 0xFD);
+        const std::uint64_t from5 = from6 | detail::RangeMask(block, 0xF8, 0xFB);
+        const std::uint64_t from4 = from5 | detail::RangeMask(block, 0xF0, 0xF7);
+        const std::uint64_t from3 = from4 | detail::RangeMask(block, 0xE0, 0xEF);
+        const std::uint64_t from2 = from3 | detail::RangeMask(block, 0xC0, 0xDF);
+        const std::uint64_t wanted =
+            owed | from2 << 1 | from3 << 2 | from4 << 3 | from5 << 4 | from6 << 5;
+        const std::uint64_t validBytes = allowedLow | continuation | from2;
+        if (wanted != continuation || validBytes != ~std::uint64_t{0}) {
+            break;
+        }
+        owed = from2 >> 63 | from3 >> 62 | from4 >> 61 | from5 >> 60 | from6 >> 59;
+        sawHighByte |= high != 0;
+    }
+    pending = std::popcount(owed);
+    return i;
+}
+
 } // namespace
 
 int Utf8LeadLength(std::uint8_t b) {
@@ -74,10 +123,19 @@ bool IsUtf8Text(const std::uint8_t* bytes, std::size_t length, bool* asciiOnly) 
     if (bytes == nullptr) {
         return false;
     }
-    bool sawOnlyAscii = true;
+    bool sawHighByte = false;
+    int pending = 0;
+    std::size_t i = SkipValidUtf8Blocks(bytes, length, sawHighByte, pending);
+    bool sawOnlyAscii = !sawHighByte;
     bool result = true;
-    std::size_t i = 0;
-    while (i < length) {
+    // The owed bytes belong to a sequence that the block check has already begun.
+    for (; pending > 0; --pending, ++i) {
+        if (i == length || (bytes[i] & 0xC0) != 0x80) {
+            result = false;
+            break;
+        }
+    }
+    while (result && i < length) {
         const std::uint8_t b = bytes[i];
         if (b < 0x80) {
             if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
@@ -118,7 +176,23 @@ bool IsShiftJisText(const std::uint8_t* bytes, std::size_t length) {
     if (bytes == nullptr) {
         return false;
     }
+    // Whole blocks first; a block reads one byte beyond itself, the trail of its last byte.
     std::size_t i = 0;
+    std::uint64_t carry = 0;
+    for (; i + detail::kMaskBlock + 1 <= length; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        const std::uint64_t leads =
+            detail::RangeMask(block, 0x81, 0x9F) | detail::RangeMask(block, 0xE0, 0xEF);
+        const std::uint64_t singles = PlainTextMask(block) | detail::RangeMask(block, 0xA1, 0xDF);
+        const std::uint64_t trailNext =
+            detail::RangeMask(block + 1, 0x40, 0xFC) & ~detail::ByteMask(block + 1, 0x7F);
+        const std::uint64_t starts = ~detail::SecondBytePositions(leads, carry);
+        const std::uint64_t leadStarts = leads & starts;
+        if ((leadStarts & ~trailNext) != 0 || (starts & ~leads & ~singles) != 0) {
+            return false;
+        }
+    }
+    i += carry; // the trail of the last block's last character, already checked
     while (i < length) {
         const std::uint8_t b = bytes[i];
         if (b < 0x80) {
@@ -241,7 +315,8 @@ LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
         cr += isCr;
         lf += b == 0x0A;
         const std::uint8_t next = bytes[i + 1];
-        crlf += isCr & ((next == 0x0A) | ((next == 0) & (bytes[i + 2] == 0x0A) & (bytes[i + 3] == 0)));
+        crlf +=
+            isCr & ((next == 0x0A) | ((next == 0) & (bytes[i + 2] == 0x0A) & (bytes[i + 3] == 0)));
     }
     for (; i < length; ++i) {
         const std::uint8_t b = bytes[i];

@@ -85,7 +85,9 @@ inline void ShiftJisPairToJis(std::uint8_t s1, std::uint8_t s2, std::uint8_t* ou
     }
 }
 
-constexpr bool IsHalfWidthKatakana(std::uint8_t b) { return b >= 0xA1 && b <= 0xDF; }
+constexpr bool IsHalfWidthKatakana(std::uint8_t b) {
+    return b >= 0xA1 && b <= 0xDF;
+}
 constexpr bool IsJisLeadByte(std::uint8_t b) {
     return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xEF);
 }
@@ -106,8 +108,8 @@ int ParseJisEscape(const std::uint8_t* bytes, bool withEsc, int* characterSet, i
     if (bytes != nullptr && (!withEsc || bytes[0] == kEsc)) {
         // The reads stop at the first byte that does not match, and 0 matches nothing, so a
         // NUL-terminated buffer is never read past its terminator.
-        match = MatchEscapeBody(withEsc ? bytes + 1 : bytes,
-                                std::numeric_limits<std::size_t>::max());
+        match =
+            MatchEscapeBody(withEsc ? bytes + 1 : bytes, std::numeric_limits<std::size_t>::max());
     }
     if (characterSet != nullptr) {
         *characterSet = match.characterSet;

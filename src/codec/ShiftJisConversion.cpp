@@ -1,8 +1,10 @@
 #include "codec/ShiftJisConversion.h"
 
+#include "codec/ByteMasks.h"
 #include "codec/Cp932Tables.h"
 #include "codec/OutputBlock.h"
 
+#include <bit>
 #include <cstring>
 
 namespace korvel {
@@ -99,6 +101,37 @@ CodecStatus ShiftJisToUnicode(const void* source, std::size_t byteLength, std::u
     const cp932::FlatTables& tables = cp932::Tables();
     char16_t* d = out.units();
     std::size_t i = 0;
+    // Whole blocks first: their masks say where each character starts, so the characters
+    // convert independently of one another instead of waiting on the previous one's length.
+    // A block reads one byte beyond itself, the trail of its last byte.
+    std::uint64_t carry = 0;
+    for (; i + detail::kMaskBlock + 1 <= byteLength; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        if (carry == 0 && detail::HighBitMask(block) == 0) {
+            for (int k = 0; k < detail::kMaskBlock; ++k) {
+                d[k] = block[k]; // CP932 maps ASCII to itself
+            }
+            d += detail::kMaskBlock;
+            continue;
+        }
+        const std::uint64_t leads =
+            detail::RangeMask(block, 0x81, 0x9F) | detail::RangeMask(block, 0xE0, 0xFC);
+        const std::uint64_t trailNext =
+            detail::RangeMask(block + 1, 0x40, 0xFC) & ~detail::ByteMask(block + 1, 0x7F);
+        std::uint64_t pairs = leads & trailNext;
+        std::uint64_t starts = ~detail::SecondBytePositions(pairs, carry);
+        pairs &= starts;
+        while (starts != 0) {
+            const int k = std::countr_zero(starts);
+            starts &= starts - 1;
+            const std::uint8_t b = block[k];
+            const std::uint16_t unit = ((pairs >> k) & 1) != 0
+                                           ? tables.doubleByte[(b << 8) | block[k + 1]]
+                                           : tables.singleByte[b];
+            *d++ = unit == cp932::kUnmapped ? kSubstitute : unit;
+        }
+    }
+    i += carry; // the trail of the last block's last character
     while (i < byteLength) {
         if (i + 8 <= byteLength && (Load64(bytes + i) & kHighBits8) == 0) {
             for (int k = 0; k < 8; ++k) {

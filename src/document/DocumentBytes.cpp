@@ -43,8 +43,7 @@ CodecResult ShiftJisResultToUnicode(CodecResult shiftJis) {
     return RunConverter(ShiftJisToUnicode, shiftJis.block.data(), shiftJis.block.size());
 }
 
-CodecResult ConvertToUnicode(const std::uint8_t* bytes, std::size_t length,
-                             TextEncoding encoding) {
+CodecResult ConvertToUnicode(const std::uint8_t* bytes, std::size_t length, TextEncoding encoding) {
     switch (encoding) {
     case TextEncoding::Jis:
         return ShiftJisResultToUnicode(RunConverter(JisToShiftJis, bytes, length));
@@ -237,11 +236,10 @@ EncodedDocument EncodeDocumentText(std::u16string_view text, TextEncoding encodi
         }
         converted = RunConverter(UnicodeToShiftJis, units, byteLength);
         if (converted.status == CodecOk && encoding == TextEncoding::Jis) {
-            converted = RunConverter(ShiftJisToJis, converted.block.data(),
-                                     converted.block.size(), jisKatakanaMode);
+            converted = RunConverter(ShiftJisToJis, converted.block.data(), converted.block.size(),
+                                     jisKatakanaMode);
         } else if (converted.status == CodecOk && encoding == TextEncoding::Euc) {
-            converted = RunConverter(ShiftJisToEuc, converted.block.data(),
-                                     converted.block.size());
+            converted = RunConverter(ShiftJisToEuc, converted.block.data(), converted.block.size());
         }
         break;
     }

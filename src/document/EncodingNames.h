@@ -13,11 +13,11 @@ std::string_view LineEndingDisplayName(LineEnding lineEnding);
 
 // The code set lists of the Open and Save dialogs, by position.
 inline constexpr TextEncoding kLoadEncodingList[] = {
-    TextEncoding::AutoDetect, TextEncoding::ShiftJis, TextEncoding::Jis,
-    TextEncoding::Euc,        TextEncoding::Unicode,  TextEncoding::Utf8,
+    TextEncoding::AutoDetect, TextEncoding::ShiftJis,   TextEncoding::Jis,
+    TextEncoding::Euc,        TextEncoding::Unicode,    TextEncoding::Utf8,
     TextEncoding::Utf8N,      TextEncoding::GarbledMail};
-inline constexpr TextEncoding kSaveEncodingList[] = {
-    TextEncoding::ShiftJis, TextEncoding::Jis,  TextEncoding::Euc,
-    TextEncoding::Unicode,  TextEncoding::Utf8, TextEncoding::Utf8N};
+inline constexpr TextEncoding kSaveEncodingList[] = {TextEncoding::ShiftJis, TextEncoding::Jis,
+                                                     TextEncoding::Euc,      TextEncoding::Unicode,
+                                                     TextEncoding::Utf8,     TextEncoding::Utf8N};
 
 } // namespace korvel

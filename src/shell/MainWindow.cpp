@@ -30,10 +30,10 @@ bool MainWindow::openFile(const QString& path) {
     if (file.error() != QFileDevice::NoError) {
         return false;
     }
-    const DecodedDocument document = DecodeDocumentBytes(
-        {reinterpret_cast<const std::uint8_t*>(bytes.constData()),
-         static_cast<std::size_t>(bytes.size())},
-        TextEncoding::AutoDetect);
+    const DecodedDocument document =
+        DecodeDocumentBytes({reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+                             static_cast<std::size_t>(bytes.size())},
+                            TextEncoding::AutoDetect);
     if (document.status != CodecOk) {
         return false;
     }
@@ -46,6 +46,8 @@ bool MainWindow::openFile(const QString& path) {
     return true;
 }
 
-QString MainWindow::text() const { return editor_->toPlainText(); }
+QString MainWindow::text() const {
+    return editor_->toPlainText();
+}
 
 } // namespace korvel

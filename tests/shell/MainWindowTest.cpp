@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace korvel {
@@ -34,7 +33,8 @@ protected:
 TEST_F(MainWindowTest, ShowsShiftJisFileWithItsCodeSetAndLineEnding) {
     MainWindow window;
     // "あいう" CR "かき" in Shift_JIS: the lone CR makes it a CR file.
-    const QString path = writeFile("memo.txt", QByteArray("\x82\xA0\x82\xA2\x82\xA4\r\x82\xA9\x82\xAB"));
+    const QString path =
+        writeFile("memo.txt", QByteArray("\x82\xA0\x82\xA2\x82\xA4\r\x82\xA9\x82\xAB"));
     ASSERT_TRUE(window.openFile(path));
     EXPECT_EQ(window.text(), QString::fromUtf8("あいう\nかき"));
     EXPECT_EQ(window.encoding(), TextEncoding::ShiftJis);

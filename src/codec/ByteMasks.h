@@ -1,0 +1,95 @@
+#pragma once
+
+// Bit masks over 64-byte blocks, the building blocks of the fast paths of the detectors and the
+// Shift_JIS decoder. Each SIMD function has a scalar twin with the same results; the tests hold
+// them against each other.
+
+#include <cstdint>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace korvel::detail {
+
+inline constexpr int kMaskBlock = 64;
+
+// Bit k is set when low <= bytes[k] <= high, for k in 0..63.
+inline std::uint64_t RangeMaskScalar(const std::uint8_t* bytes, std::uint8_t low,
+                                     std::uint8_t high) {
+    std::uint64_t mask = 0;
+    for (int k = 0; k < kMaskBlock; ++k) {
+        const bool inRange = static_cast<std::uint8_t>(bytes[k] - low) <= high - low;
+        mask |= static_cast<std::uint64_t>(inRange) << k;
+    }
+    return mask;
+}
+
+inline std::uint64_t RangeMask(const std::uint8_t* bytes, std::uint8_t low, std::uint8_t high) {
+#if defined(__SSE2__)
+    // Unsigned range test: (x - low) <= (high - low), done as min(x - low, span) == x - low.
+    const __m128i lowest = _mm_set1_epi8(static_cast<char>(low));
+    const __m128i span = _mm_set1_epi8(static_cast<char>(high - low));
+    std::uint64_t mask = 0;
+    for (int q = 0; q < 4; ++q) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * q));
+        const __m128i offset = _mm_sub_epi8(chunk, lowest);
+        const __m128i inRange = _mm_cmpeq_epi8(_mm_min_epu8(offset, span), offset);
+        mask |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(inRange)))
+                << (16 * q);
+    }
+    return mask;
+#else
+    return RangeMaskScalar(bytes, low, high);
+#endif
+}
+
+// Bit k is set when bytes[k] is 0x80 or more.
+inline std::uint64_t HighBitMask(const std::uint8_t* bytes) {
+    return RangeMask(bytes, 0x80, 0xFF);
+}
+
+// Bit k is set when bytes[k] is exactly value.
+inline std::uint64_t ByteMask(const std::uint8_t* bytes, std::uint8_t value) {
+    return RangeMask(bytes, value, value);
+}
+
+// Positions consumed as the second byte of a two-byte character. leads marks the bytes that
+// take the next byte when they stand at a character start; carry says the block's first byte
+// is already taken by the last lead of the block before, and is updated for the next block.
+// A run of lead bytes pairs up from its start, so the byte after an odd-length run is taken.
+inline std::uint64_t SecondBytePositions(std::uint64_t leads, std::uint64_t& carry) {
+    constexpr std::uint64_t kEvenBits = 0x5555555555555555ULL;
+    leads &= ~carry;
+    const std::uint64_t followsLead = (leads << 1) | carry;
+    const std::uint64_t oddRunStarts = leads & ~kEvenBits & ~followsLead;
+    std::uint64_t evenRuns = 0;
+    carry = __builtin_add_overflow(oddRunStarts, leads, &evenRuns) ? 1 : 0;
+    const std::uint64_t invert = evenRuns << 1;
+    return (kEvenBits ^ invert) & followsLead;
+}
+
+// The scalar twin of SecondBytePositions: walks the block character by character.
+inline std::uint64_t SecondBytePositionsScalar(std::uint64_t leads, std::uint64_t& carry) {
+    std::uint64_t seconds = 0;
+    int k = 0;
+    if (carry != 0) {
+        seconds |= 1;
+        k = 1;
+    }
+    carry = 0;
+    for (; k < kMaskBlock; ++k) {
+        if (((leads >> k) & 1) == 0) {
+            continue;
+        }
+        if (k + 1 == kMaskBlock) {
+            carry = 1;
+        } else {
+            seconds |= std::uint64_t{1} << (k + 1);
+        }
+        ++k;
+    }
+    return seconds;
+}
+
+} // namespace korvel::detail
