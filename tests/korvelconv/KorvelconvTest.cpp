@@ -1,0 +1,389 @@
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// "93 fa 0d" -> the three bytes.
+std::string Hex(const char* text) {
+    std::istringstream in(text);
+    std::string bytes;
+    unsigned value = 0;
+    while (in >> std::hex >> value) {
+        bytes += static_cast<char>(value);
+    }
+    return bytes;
+}
+
+// 日本語のテキスト / かな・カナ・ＡＢＣ abc, CR LF breaks, in every code set.
+const std::string kSjisText = Hex("93 fa 96 7b 8c ea 82 cc 83 65 83 4c 83 58 83 67 0d 0a 82 a9 82 "
+                                  "c8 81 45 83 4a 83 69 81 45 82 60 82 61 82 62 20 61 62 63 0d 0a");
+const std::string kEucText = Hex("c6 fc cb dc b8 ec a4 ce a5 c6 a5 ad a5 b9 a5 c8 0d 0a a4 ab a4 "
+                                 "ca a1 a6 a5 ab a5 ca a1 a6 a3 c1 a3 c2 a3 c3 20 61 62 63 0d 0a");
+const std::string kJisText =
+    Hex("1b 24 42 46 7c 4b 5c 38 6c 24 4e 25 46 25 2d 25 39 25 48 1b 28 42 0d 0a 1b 24 42 24 2b "
+        "24 4a 21 26 25 2b 25 4a 21 26 23 41 23 42 23 43 1b 28 42 20 61 62 63 0d 0a");
+const std::string kUtf8Text = Hex(
+    "e6 97 a5 e6 9c ac e8 aa 9e e3 81 ae e3 83 86 e3 82 ad e3 82 b9 e3 83 88 0d 0a e3 81 8b "
+    "e3 81 aa e3 83 bb e3 82 ab e3 83 8a e3 83 bb ef bc a1 ef bc a2 ef bc a3 20 61 62 63 0d 0a");
+const std::string kUtf16Text =
+    Hex("e5 65 2c 67 9e 8a 6e 30 c6 30 ad 30 b9 30 c8 30 0d 00 0a 00 4b 30 6a 30 fb 30 ab 30 ca 30 "
+        "fb 30 21 ff 22 ff 23 ff 20 00 61 00 62 00 63 00 0d 00 0a 00");
+
+struct RunResult {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+std::string Slurp(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+class KorvelconvTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // A child that stops reading its standard input must not kill the test.
+        std::signal(SIGPIPE, SIG_IGN);
+        std::string pattern = (fs::temp_directory_path() / "korvelconv-test-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        root_ = pattern;
+        fs::create_directory(root_ / "io");
+        fs::create_directory(root_ / "work");
+    }
+
+    void TearDown() override { fs::remove_all(root_); }
+
+    // Files of a test live in work/; the captured output streams in io/, out of the way.
+    fs::path Path(const std::string& name) const { return root_ / "work" / name; }
+
+    std::string Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(Path(name), std::ios::binary) << bytes;
+        return Path(name).string();
+    }
+
+    std::string Read(const std::string& name) const { return Slurp(Path(name)); }
+
+    std::vector<std::string> WorkFolderNames() const {
+        std::vector<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(root_ / "work")) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    // Runs korvelconv; standard input is the given bytes through a pipe, or /dev/null.
+    RunResult Run(const std::vector<std::string>& args,
+                  const std::optional<std::string>& input = std::nullopt) const {
+        std::vector<std::string> all = {KORVELCONV_PATH};
+        all.insert(all.end(), args.begin(), args.end());
+        std::vector<char*> argv;
+        for (std::string& arg : all) {
+            argv.push_back(arg.data());
+        }
+        argv.push_back(nullptr);
+        const std::string outPath = (root_ / "io" / "stdout").string();
+        const std::string errPath = (root_ / "io" / "stderr").string();
+
+        int pipeEnds[2] = {-1, -1};
+        if (input && ::pipe(pipeEnds) != 0) {
+            ADD_FAILURE() << "pipe failed";
+            return {};
+        }
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            std::signal(SIGPIPE, SIG_DFL);
+            const int in = input ? pipeEnds[0] : ::open("/dev/null", O_RDONLY);
+            if (input) {
+                ::close(pipeEnds[1]);
+            }
+            ::dup2(in, STDIN_FILENO);
+            ::dup2(::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+            ::dup2(::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+            ::execv(argv[0], argv.data());
+            ::_exit(127);
+        }
+        if (input) {
+            ::close(pipeEnds[0]);
+            std::size_t done = 0;
+            while (done < input->size()) {
+                const ssize_t count =
+                    ::write(pipeEnds[1], input->data() + done, input->size() - done);
+                if (count <= 0) {
+                    break;
+                }
+                done += static_cast<std::size_t>(count);
+            }
+            ::close(pipeEnds[1]);
+        }
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        RunResult result;
+        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        result.out = Slurp(outPath);
+        result.err = Slurp(errPath);
+        return result;
+    }
+
+    // Converts the bytes of a file and returns what korvelconv printed.
+    std::string Convert(const std::string& bytes, std::vector<std::string> args) const {
+        args.push_back(Write("in.txt", bytes));
+        const RunResult result = Run(args);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    }
+
+    fs::path root_;
+};
+
+// One line on standard error, in the tool's name.
+void ExpectOneErrorLine(const RunResult& result, int exitCode) {
+    EXPECT_EQ(result.exitCode, exitCode);
+    EXPECT_EQ(result.err.rfind("korvelconv: ", 0), 0u) << result.err;
+    EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
+    EXPECT_EQ(result.out, "");
+}
+
+TEST_F(KorvelconvTest, DetectNamesWhatTheEditorWouldChooseOrTheRawNumbers) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        const char* words; // code set TAB line ending, as the editor says them
+        const char* raw;
+    };
+    const Case cases[] = {
+        {"ascii.txt", "abc\r\n", "シフトJIS\tCR-LF", "0\t0"},
+        {"cr.txt", "a\rb\rc\r\n", "シフトJIS\tCR", "0\t1"},
+        {"sjis.txt", Hex("82 a0"), "シフトJIS\tCR-LF", "1\t3"},
+        {"jis.txt", Hex("1b 24 42 30 21 1b 28 42 0a"), "JIS\tLF", "2\t2"},
+        {"euc.txt", kEucText, "EUC\tCR-LF", "3\t0"},
+        {"utf8.txt", Hex("ef bb bf e3 81 82 0a"), "UTF-8\tLF", "4\t2"},
+        {"utf8n.txt", Hex("e3 81 82"), "UTF-8N\tCR-LF", "5\t3"},
+        {"utf16.txt", Hex("ff fe 41 00 0d 00 0a 00"), "Unicode\tCR-LF", "6\t0"},
+        {"lf-mostly.txt", "a\r\nb\nc\nd\n", "シフトJIS\tLF", "0\t2"},
+        {"empty.txt", "", "シフトJIS\tCR-LF", "9\t3"},
+        {"escape.txt", Hex("1b 4b"), "シフトJIS\tCR-LF", "9\t3"},
+    };
+    std::vector<std::string> files;
+    std::string words;
+    std::string raw;
+    for (const Case& c : cases) {
+        files.push_back(Write(c.name, c.bytes));
+        words += files.back() + '\t' + c.words + '\n';
+        raw += files.back() + '\t' + c.raw + '\n';
+    }
+
+    std::vector<std::string> args = {"--detect"};
+    args.insert(args.end(), files.begin(), files.end());
+    RunResult result = Run(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, words);
+
+    args.insert(args.begin() + 1, "--raw");
+    result = Run(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, raw);
+}
+
+TEST_F(KorvelconvTest, DetectGoesOnAfterAnUnreadableFileButFails) {
+    const std::string first = Write("first.txt", "abc");
+    const std::string last = Write("last.txt", kEucText);
+    fs::create_directory(Path("folder"));
+
+    const RunResult result =
+        Run({"--detect", first, Path("missing.txt").string(), Path("folder").string(), last});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, first + "\tシフトJIS\tCR-LF\n" + last + "\tEUC\tCR-LF\n");
+    EXPECT_NE(result.err.find("missing.txt"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("folder"), std::string::npos) << result.err;
+}
+
+TEST_F(KorvelconvTest, RoundTripThroughEveryCodeSetGivesBackTheOriginalBytes) {
+    // Each step detects the code set the previous one wrote.
+    const std::string euc = Convert(kSjisText, {"--to", "euc"});
+    EXPECT_EQ(euc, kEucText);
+    const std::string jis = Convert(euc, {"--to", "jis"});
+    EXPECT_EQ(jis, kJisText);
+    const std::string utf8 = Convert(jis, {"--to", "utf8"});
+    EXPECT_EQ(utf8, Hex("ef bb bf") + kUtf8Text);
+    const std::string unicode = Convert(utf8, {"--to", "unicode"});
+    EXPECT_EQ(unicode, Hex("ff fe") + kUtf16Text);
+    EXPECT_EQ(Convert(unicode, {"--to", "sjis"}), kSjisText);
+
+    EXPECT_EQ(Convert(kSjisText, {"--to", "utf8n"}), kUtf8Text);
+}
+
+TEST_F(KorvelconvTest, FromOverridesDetection) {
+    // A4 A2 passes as two half-width katakana first, so only --from euc reads あ.
+    EXPECT_EQ(Convert(Hex("a4 a2"), {"--to", "utf8n"}), Hex("ef bd a4 ef bd a2"));
+    EXPECT_EQ(Convert(Hex("a4 a2"), {"--from", "euc", "--to", "utf8n"}), Hex("e3 81 82"));
+    // JIS mail that lost its ESC bytes.
+    EXPECT_EQ(Convert(Hex("24 42 24 22 28 42"), {"--from", "garbled-mail", "--to", "utf8n"}),
+              Hex("e3 81 82"));
+    // A mark read as UTF-8N stays in the text as U+FEFF.
+    EXPECT_EQ(Convert(Hex("ef bb bf 61"), {"--from", "utf8n", "--to", "unicode"}),
+              Hex("ff fe ff fe 61 00"));
+}
+
+TEST_F(KorvelconvTest, LineEndingIsTheInputsOwnUnlessEolIsGiven) {
+    EXPECT_EQ(Convert("a\r\nb\r\n", {"--to", "sjis", "--eol", "lf"}), "a\nb\n");
+    EXPECT_EQ(Convert("a\r\nb\r\n", {"--to", "sjis", "--eol", "cr"}), "a\rb\r");
+    EXPECT_EQ(Convert("a\rb\r", {"--to", "utf8n", "--eol", "crlf"}), "a\r\nb\r\n");
+    EXPECT_EQ(Convert("a\nb\n", {"--to", "unicode"}), Hex("ff fe 61 00 0a 00 62 00 0a 00"));
+    EXPECT_EQ(Convert("a\rb\r", {"--to", "euc"}), "a\rb\r");
+    // A lone LF in a CR file is not a line break of that file and stays lone.
+    EXPECT_EQ(Convert("a\rb\nc\r", {"--to", "sjis", "--eol", "crlf"}), "a\r\nb\nc\r\n");
+}
+
+TEST_F(KorvelconvTest, JisKatakanaFullWidthByDefaultOrKept) {
+    const std::string halfWidth = Hex("b1 b6 de"); // ｱｶﾞ
+    const std::string fullWidth = Hex("1b 24 42 25 22 25 2c 1b 28 42");
+    EXPECT_EQ(Convert(halfWidth, {"--from", "sjis", "--to", "jis"}), fullWidth);
+    EXPECT_EQ(Convert(halfWidth, {"--from", "sjis", "--to", "jis", "--jis-katakana", "full"}),
+              fullWidth);
+    EXPECT_EQ(Convert(halfWidth, {"--from", "sjis", "--to", "jis", "--jis-katakana", "keep"}),
+              Hex("1b 28 49 31 36 5e 1b 28 42"));
+}
+
+TEST_F(KorvelconvTest, EmptyInputGetsOnlyTheMarkOfTheTarget) {
+    EXPECT_EQ(Convert("", {"--to", "unicode"}), Hex("ff fe"));
+    EXPECT_EQ(Convert("", {"--to", "utf8"}), Hex("ef bb bf"));
+    for (const char* target : {"sjis", "jis", "euc", "utf8n"}) {
+        SCOPED_TRACE(target);
+        EXPECT_EQ(Convert("", {"--to", target}), "");
+    }
+}
+
+TEST_F(KorvelconvTest, StandardInputAndOutput) {
+    // Larger than one read block, so the pipe is read in several pieces.
+    std::string sjis;
+    std::string euc;
+    for (int i = 0; i < 5000; ++i) {
+        sjis += kSjisText;
+        euc += kEucText;
+    }
+    for (const std::vector<std::string>& args :
+         {std::vector<std::string>{"--to", "euc"}, std::vector<std::string>{"--to", "euc", "-"}}) {
+        const RunResult result = Run(args, sjis);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_TRUE(result.out == euc) << "output of " << result.out.size() << " bytes";
+    }
+
+    const RunResult detected = Run({"--detect", "-"}, euc);
+    EXPECT_EQ(detected.exitCode, 0) << detected.err;
+    EXPECT_EQ(detected.out, "-\tEUC\tCR-LF\n");
+}
+
+TEST_F(KorvelconvTest, UsageErrorsExitWithTwoAndWriteNothing) {
+    const std::string input = Write("in.txt", "abc");
+    const std::string output = Path("out.txt").string();
+    const std::vector<std::vector<std::string>> cases = {
+        {"--to", "auto", input},
+        {"--to", "garbled-mail", input},
+        {"--to", "latin1", input},
+        {"--from", "sjis2", "--to", "sjis", input},
+        {"--to", "sjis", "--eol", "crcr", input},
+        {"--to", "jis", "--jis-katakana", "half", input},
+        {"--to", "sjis", "--to", "euc", input},
+        {"--frobnicate", "--to", "sjis", input},
+        {"--from", "sjis", input},
+        {"--to", "sjis", input, input},
+        {"--raw", "--to", "sjis", input},
+        {"--detect", "--to", "sjis", input},
+        {"--detect"},
+        {input, "--to"},
+    };
+    for (std::vector<std::string> args : cases) {
+        args.insert(args.begin(), {"-o", output});
+        SCOPED_TRACE(testing::PrintToString(args));
+        ExpectOneErrorLine(Run(args), 2);
+        EXPECT_FALSE(fs::exists(output));
+    }
+    EXPECT_EQ(WorkFolderNames(), std::vector<std::string>{"in.txt"});
+}
+
+TEST_F(KorvelconvTest, FileErrorsLeaveTheOutputFileAsItWas) {
+    const std::string output = Write("out.txt", "keep me");
+    fs::permissions(output, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_directory(Path("folder"));
+    const std::string input = Write("in.txt", "abc");
+
+    const std::vector<std::vector<std::string>> cases = {
+        {"--to", "sjis", "-o", output, Path("missing.txt").string()},
+        {"--to", "sjis", "-o", output, Path("folder").string()},
+        {"--to", "sjis", "-o", Path("folder").string(), input},
+        {"--to", "sjis", "-o", Path("no-folder/out.txt").string(), input},
+        {"--to", "sjis", "-o", Path("new.txt").string(), Path("missing.txt").string()},
+    };
+    for (const std::vector<std::string>& args : cases) {
+        SCOPED_TRACE(testing::PrintToString(args));
+        ExpectOneErrorLine(Run(args), 1);
+    }
+    EXPECT_EQ(Read("out.txt"), "keep me");
+    EXPECT_EQ(fs::status(output).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(WorkFolderNames(), (std::vector<std::string>{"folder", "in.txt", "out.txt"}));
+    EXPECT_TRUE(fs::is_empty(Path("folder")));
+}
+
+TEST_F(KorvelconvTest, ReadOnlyOutputIsNotOverwritten) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may write any file";
+    }
+    const std::string output = Write("out.txt", "keep me");
+    fs::permissions(output, fs::perms::owner_read);
+    ExpectOneErrorLine(Run({"--to", "sjis", "-o", output, Write("in.txt", "abc")}), 1);
+    EXPECT_EQ(Read("out.txt"), "keep me");
+}
+
+TEST_F(KorvelconvTest, OutputFileIsReplacedKeepingItsPermissions) {
+    const fs::perms mode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+    const std::string output = Write("out.txt", "old contents that are longer than the new");
+    fs::permissions(output, mode);
+    const std::string input = Write("in.txt", kSjisText);
+
+    RunResult result = Run({"--to", "euc", "-o", output, input});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(Read("out.txt"), kEucText);
+    EXPECT_EQ(fs::status(output).permissions(), mode);
+
+    // Through a link the link stays and its target gets the bytes.
+    fs::create_symlink("out.txt", Path("link.txt"));
+    result = Run({"--to", "utf8n", "-o", Path("link.txt").string(), input});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(fs::is_symlink(Path("link.txt")));
+    EXPECT_EQ(Read("out.txt"), kUtf8Text);
+
+    // In place: the input is read whole before it is replaced.
+    result = Run({"--to", "jis", "-o", input, input});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(Read("in.txt"), kJisText);
+
+    // No temporary file is left behind.
+    EXPECT_EQ(WorkFolderNames(), (std::vector<std::string>{"in.txt", "link.txt", "out.txt"}));
+}
+
+TEST_F(KorvelconvTest, HelpGoesToStandardOutput) {
+    const RunResult result = Run({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out.rfind("Usage: korvelconv", 0), 0u) << result.out;
+    EXPECT_EQ(result.err, "");
+}
+
+} // namespace
