@@ -1,8 +1,10 @@
 #include "codec/Utf8Conversion.h"
 
+#include "codec/ByteMasks.h"
 #include "codec/Detection.h"
 #include "codec/OutputBlock.h"
 
+#include <bit>
 #include <cstring>
 
 namespace korvel {
@@ -15,6 +17,49 @@ inline std::uint64_t Load64(const std::uint8_t* p) {
     std::uint64_t word;
     std::memcpy(&word, p, sizeof word);
     return word;
+}
+
+// The code unit of the sequence that begins at bytes[0], whose continuation bytes are known to
+// be in place; branch-free so that the characters of a block do not wait on one another.
+inline char16_t DecodeWellFormed(const std::uint8_t* bytes) {
+    const unsigned b0 = bytes[0];
+    const unsigned b1 = bytes[1] & 0x3F;
+    const unsigned b2 = bytes[2] & 0x3F;
+    const unsigned two = ((b0 & 0x1F) << 6) | b1;
+    const unsigned three = ((b0 & 0x0F) << 12) | (b1 << 6) | b2;
+    const unsigned unit = b0 < 0x80 ? b0 : b0 < 0xE0 ? two : b0 < 0xF0 ? three : kBlackSquare;
+    return static_cast<char16_t>(unit);
+}
+
+// Decodes one 64-byte block whose sequences are all well formed (the continuation bytes are
+// exactly those the lead bytes ask for, and there is no FE or FF); owed says how many of its
+// first bytes finish a sequence of the block before and is updated for the next block.
+// Returns false, writing nothing, for a block that is not well formed.
+bool DecodeWellFormedBlock(const std::uint8_t* block, char16_t*& d, std::uint64_t& owed) {
+    const std::uint64_t high = detail::HighBitMask(block);
+    if (high == 0 && owed == 0) {
+        for (int k = 0; k < detail::kMaskBlock; ++k) {
+            d[k] = block[k];
+        }
+        d += detail::kMaskBlock;
+        return true;
+    }
+    const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
+    const std::uint64_t from6 = detail::RangeMask(block, 0xFC, 0xFD);
+    const std::uint64_t from5 = from6 | detail::RangeMask(block, 0xF8, 0xFB);
+    const std::uint64_t from4 = from5 | detail::RangeMask(block, 0xF0, 0xF7);
+    const std::uint64_t from3 = from4 | detail::RangeMask(block, 0xE0, 0xEF);
+    const std::uint64_t from2 = from3 | detail::RangeMask(block, 0xC0, 0xDF);
+    const std::uint64_t wanted =
+        owed | from2 << 1 | from3 << 2 | from4 << 3 | from5 << 4 | from6 << 5;
+    if (wanted != continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
+        return false;
+    }
+    for (std::uint64_t starts = ~continuation; starts != 0; starts &= starts - 1) {
+        *d++ = DecodeWellFormed(block + std::countr_zero(starts));
+    }
+    owed = from2 >> 63 | from3 >> 62 | from4 >> 61 | from5 >> 60 | from6 >> 59;
+    return true;
 }
 
 } // namespace
@@ -47,7 +92,26 @@ CodecStatus Utf8ToUnicode(const void* source, std::size_t byteLength, std::uint8
     }
     char16_t* d = out.units();
     std::size_t i = 0;
+    // Well-formed blocks convert through masks; a block that is not goes through the byte-wise
+    // loop below, which then hands back to the blocks at the next sequence start. The last
+    // sequence of a block may read up to 5 bytes beyond it.
+    constexpr std::size_t kReach = detail::kMaskBlock + 5;
+    std::uint64_t owed = 0;
+    std::size_t bytewiseUntil = 0;
     while (i < byteLength) {
+        if (i >= bytewiseUntil && byteLength - i >= kReach) {
+            if (DecodeWellFormedBlock(bytes + i, d, owed)) {
+                i += detail::kMaskBlock;
+                continue;
+            }
+            bytewiseUntil = i + detail::kMaskBlock;
+        }
+        if (owed != 0) {
+            // These bytes end a sequence already written, as the byte-wise jump past it would.
+            i += static_cast<std::size_t>(std::popcount(owed));
+            owed = 0;
+            continue;
+        }
         if (i + 8 <= byteLength && (Load64(bytes + i) & 0x8080808080808080ULL) == 0) {
             for (int k = 0; k < 8; ++k) {
                 d[k] = bytes[i + k];
