@@ -18,14 +18,16 @@ constexpr bool IsTextControl(std::uint8_t b) {
     return b == 0x09 || b == 0x0A || b == 0x0D;
 }
 
-// True when every byte of the 32-byte block at p is printable ASCII (DEL included), TAB, CR or
-// LF: bytes that every detector passes without looking further. Written branch-free so that
-// the compiler turns it into vector compares.
-inline bool IsPlainTextBlock(const std::uint8_t* p) {
+// True when every byte of the 32-byte block at p is printable ASCII up to `highest`, TAB, CR
+// or LF: bytes that the detector passes without looking further. UTF-8 text passes DEL (0x7F),
+// Shift_JIS and EUC text do not. Written branch-free so that the compiler turns it into vector
+// compares.
+inline bool IsPlainTextBlock(const std::uint8_t* p, std::uint8_t highest) {
+    const auto span = static_cast<std::uint8_t>(highest - 0x20);
     std::uint8_t bad = 0;
     for (std::size_t k = 0; k < kBlock; ++k) {
         const std::uint8_t b = p[k];
-        const bool printable = static_cast<std::uint8_t>(b - 0x20) < 0x60;
+        const bool printable = static_cast<std::uint8_t>(b - 0x20) <= span;
         const bool control = (b == 0x09) | (b == 0x0A) | (b == 0x0D);
         bad |= static_cast<std::uint8_t>(!(printable | control));
     }
@@ -138,7 +140,7 @@ bool IsUtf8Text(const std::uint8_t* bytes, std::size_t length, bool* asciiOnly) 
     while (result && i < length) {
         const std::uint8_t b = bytes[i];
         if (b < 0x80) {
-            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i, 0x7F)) {
                 i += kBlock;
                 continue;
             }
@@ -196,7 +198,7 @@ bool IsShiftJisText(const std::uint8_t* bytes, std::size_t length) {
     while (i < length) {
         const std::uint8_t b = bytes[i];
         if (b < 0x80) {
-            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i, 0x7E)) {
                 i += kBlock;
                 continue;
             }
@@ -252,7 +254,7 @@ bool IsEucText(const std::uint8_t* bytes, std::size_t length) {
             }
             i += 3;
         } else if ((b >= 0x20 && b <= 0x7E) || IsTextControl(b)) {
-            if (i + kBlock <= length && IsPlainTextBlock(bytes + i)) {
+            if (i + kBlock <= length && IsPlainTextBlock(bytes + i, 0x7E)) {
                 i += kBlock;
                 continue;
             }
