@@ -1,0 +1,355 @@
+#include "browser/FileListCtrl.h"
+
+#include "TestFolder.h"
+#include "fileops/FileClipboard.h"
+#include "messages/testing/ScriptedMessageService.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QHeaderView>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+#include <gtest/gtest.h>
+
+namespace korvel {
+namespace {
+
+namespace cmd = browser_command;
+using testing::TestFolder;
+
+// Closes the first popup menu that opens, as a user tapping beside it would, and keeps the texts
+// of its items.
+class MenuWatcher {
+public:
+    MenuWatcher() {
+        QObject::connect(&timer_, &QTimer::timeout, [this] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            if (menu == nullptr)
+                return;
+            for (const QAction* action : menu->actions())
+                texts_.append(action->text());
+            menu->close();
+            timer_.stop();
+        });
+        timer_.start(0);
+    }
+    const QStringList& texts() const { return texts_; }
+
+private:
+    QTimer timer_;
+    QStringList texts_;
+};
+
+class FileListCtrlTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder_.makeFolder(QStringLiteral("sub"));
+        folder_.writeSizedFile(QStringLiteral("a.txt"), 300);
+        folder_.writeSizedFile(QStringLiteral("b.txt"), 100);
+        folder_.writeSizedFile(QStringLiteral("c.txt"), 200);
+    }
+
+    // A list as the browse dialog makes it, showing the test folder.
+    void create(std::uint32_t options = list_option::ShowFolders, bool multiple = false,
+                bool ownNavigation = false) {
+        FileListSwitches switches;
+        switches.singleSelectionOnly = !multiple;
+        switches.ownFolderNavigation = ownNavigation;
+        list_.create(list_style::Details, options, switches);
+        list_.setClipboard(&clipboard_);
+        list_.resize(400, 600);
+        list_.show();
+        ASSERT_TRUE(list_.setFolder(folder_.path()));
+        list_.refresh();
+    }
+
+    QStringList names() const {
+        QStringList result;
+        for (int row = 0; row < list_.rowCount(); ++row)
+            result.append(list_.entryOf(row)->name);
+        return result;
+    }
+    QStringList selectedNames() const {
+        QStringList result;
+        for (int row : list_.selectedRows())
+            result.append(list_.entryOf(row)->name);
+        return result;
+    }
+    int rowOf(const QString& name) const { return int(names().indexOf(name)); }
+    QPoint centreOf(int row) const {
+        QAbstractItemView* view = list_.view();
+        return view->visualRect(view->model()->index(row, 0)).center();
+    }
+    void tap(int row) {
+        QTest::mouseClick(list_.view()->viewport(), Qt::LeftButton, {}, centreOf(row));
+    }
+    void tapHeader(int column) {
+        QHeaderView* header = static_cast<QTreeView*>(list_.view())->header();
+        const QPoint point(header->sectionViewportPosition(column) +
+                               header->sectionSize(column) / 2,
+                           header->height() / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, point);
+    }
+    void select(const QStringList& selection) { list_.selectNames(selection); }
+
+    TestFolder folder_;
+    FileClipboard clipboard_;
+    FileListCtrl list_;
+};
+
+TEST_F(FileListCtrlTest, SelectAllLeavesTheParentRowOut) {
+    create(list_option::ShowFolders, true);
+    list_.runCommand(cmd::SelectAll);
+    EXPECT_EQ(selectedNames(), (QStringList{"sub", "a.txt", "b.txt", "c.txt"}));
+}
+
+TEST_F(FileListCtrlTest, HeaderTapsFlipOneRememberedDirection) {
+    create(0);
+    tapHeader(sort_column::Size);
+    const bool firstDescending = IsDescending(list_.sortKey());
+    tapHeader(sort_column::Size);
+    EXPECT_EQ(IsDescending(list_.sortKey()), !firstDescending);
+    tapHeader(sort_column::Name);
+    EXPECT_EQ(list_.sortKey(), MakeSortKey(sort_column::Name, false));
+    EXPECT_EQ(names(), (QStringList{"a.txt", "b.txt", "c.txt"}));
+    tapHeader(sort_column::Name);
+    EXPECT_EQ(names(), (QStringList{"c.txt", "b.txt", "a.txt"}));
+
+    // The menu sorts ascending without touching the remembered direction, so the next header
+    // tap on that column flips the remembered one and leaves the order ascending.
+    list_.runCommand(cmd::SortByName);
+    EXPECT_EQ(names(), (QStringList{"a.txt", "b.txt", "c.txt"}));
+    tapHeader(sort_column::Name);
+    EXPECT_EQ(list_.sortKey(), MakeSortKey(sort_column::Name, false));
+
+    // The direction is the program's, not the list's: a new list continues from it.
+    FileListCtrl other;
+    other.create(list_style::Details, 0, {});
+    other.show();
+    ASSERT_TRUE(other.setFolder(folder_.path()));
+    other.refresh();
+    QHeaderView* header = static_cast<QTreeView*>(other.view())->header();
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionSize(0) / 2, header->height() / 2));
+    EXPECT_EQ(other.sortKey(), MakeSortKey(sort_column::Name, true));
+}
+
+TEST_F(FileListCtrlTest, SortingKeepsTheSelection) {
+    create(0, true);
+    select({QStringLiteral("b.txt"), QStringLiteral("c.txt")});
+    list_.runCommand(cmd::SortByName + sort_column::Size);
+    EXPECT_EQ(names(), (QStringList{"b.txt", "c.txt", "a.txt"}));
+    EXPECT_EQ(selectedNames(), (QStringList{"b.txt", "c.txt"}));
+}
+
+TEST_F(FileListCtrlTest, MultiSelectModeTogglesTappedRowsUntilARefresh) {
+    create(list_option::ShowFolders, true);
+    list_.runCommand(cmd::MultiSelect);
+    ASSERT_TRUE(list_.multiSelectMode());
+    tap(rowOf("a.txt"));
+    tap(rowOf("c.txt"));
+    EXPECT_EQ(selectedNames(), (QStringList{"a.txt", "c.txt"}));
+    tap(rowOf("a.txt"));
+    EXPECT_EQ(selectedNames(), QStringList{"c.txt"});
+    // A folder row is selected like any other, not opened.
+    tap(rowOf("sub"));
+    EXPECT_EQ(list_.folder(), folder_.path());
+
+    list_.runCommand(cmd::Refresh);
+    EXPECT_FALSE(list_.multiSelectMode());
+}
+
+TEST_F(FileListCtrlTest, OwnNavigationOpensFoldersBySingleTapWhenAsked) {
+    folder_.writeFile(QStringLiteral("sub/inner.txt"));
+    create(list_option::ShowFolders | list_option::SingleTapOpensFolder, false, true);
+    QSignalSpy changed(&list_, &FileListCtrl::folderChanged);
+    tap(rowOf("sub"));
+    EXPECT_EQ(list_.folder(), folder_.pathOf("sub/"));
+    EXPECT_EQ(names(), (QStringList{"..", "inner.txt"}));
+    ASSERT_EQ(changed.size(), 1);
+    tap(0);
+    EXPECT_EQ(list_.folder(), folder_.path());
+}
+
+TEST_F(FileListCtrlTest, OwnNavigationWithoutTheOptionNeedsADoubleTap) {
+    create(list_option::ShowFolders, false, true);
+    tap(rowOf("sub"));
+    EXPECT_EQ(list_.folder(), folder_.path());
+    QTest::mouseDClick(list_.view()->viewport(), Qt::LeftButton, {}, centreOf(rowOf("sub")));
+    EXPECT_EQ(list_.folder(), folder_.pathOf("sub/"));
+}
+
+TEST_F(FileListCtrlTest, TellsItsOwnerAboutTapsOnceTheyAreReleased) {
+    create();
+    QSignalSpy tapped(&list_, &FileListCtrl::rowTapped);
+    tap(rowOf("b.txt"));
+    EXPECT_TRUE(tapped.isEmpty());
+    QApplication::processEvents();
+    ASSERT_EQ(tapped.size(), 1);
+    EXPECT_EQ(tapped.front().front().toInt(), rowOf("b.txt"));
+    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
+
+    QTest::mouseClick(list_.view()->viewport(), Qt::LeftButton, {},
+                      QPoint(10, list_.view()->viewport()->height() - 5));
+    QApplication::processEvents();
+    ASSERT_EQ(tapped.size(), 2);
+    EXPECT_EQ(tapped.back().front().toInt(), -1);
+}
+
+TEST_F(FileListCtrlTest, HoldingARowOpensTheFileMenuAndTheReleaseIsNoTap) {
+    create();
+    list_.setHoldDelay(0);
+    QSignalSpy tapped(&list_, &FileListCtrl::rowTapped);
+    MenuWatcher watcher;
+    QWidget* viewport = list_.view()->viewport();
+    QTest::mousePress(viewport, Qt::LeftButton, {}, centreOf(rowOf("b.txt")));
+    QApplication::processEvents();
+    EXPECT_TRUE(watcher.texts().contains(QStringLiteral("プロパティ...")));
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, centreOf(rowOf("b.txt")));
+    QApplication::processEvents();
+    EXPECT_TRUE(tapped.isEmpty());
+    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
+}
+
+TEST_F(FileListCtrlTest, ARightClickOutsideTheSelectionMenusForThatRowAlone) {
+    create(list_option::ShowFolders, true);
+    select({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
+    MenuWatcher watcher;
+    QTest::mousePress(list_.view()->viewport(), Qt::RightButton, {}, centreOf(rowOf("c.txt")));
+    EXPECT_TRUE(watcher.texts().contains(QStringLiteral("複数選択開始")));
+    EXPECT_EQ(selectedNames(), QStringList{"c.txt"});
+
+    // A right click inside the selection keeps it.
+    select({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
+    MenuWatcher again;
+    QTest::mousePress(list_.view()->viewport(), Qt::RightButton, {}, centreOf(rowOf("b.txt")));
+    EXPECT_FALSE(again.texts().isEmpty());
+    EXPECT_EQ(selectedNames(), (QStringList{"a.txt", "b.txt"}));
+}
+
+TEST_F(FileListCtrlTest, EnterIsHandedToTheDialog) {
+    create();
+    QSignalSpy entered(&list_, &FileListCtrl::enterPressed);
+    list_.view()->setFocus();
+    QTest::keyClick(list_.view(), Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(entered.size(), 1);
+}
+
+TEST_F(FileListCtrlTest, ParentFolderCommandAndTheRoot) {
+    create();
+    list_.runCommand(cmd::ParentFolder);
+    QString parent = folder_.path();
+    parent.chop(1);
+    parent.truncate(parent.lastIndexOf(u'/') + 1);
+    EXPECT_EQ(list_.folder(), parent);
+
+    ASSERT_TRUE(list_.setFolder(QStringLiteral("/")));
+    list_.refresh();
+    EXPECT_TRUE(list_.popupState().atRoot);
+    EXPECT_NE(names().value(0), QStringLiteral(".."));
+}
+
+TEST_F(FileListCtrlTest, ShowFoldersCommandTogglesAndRefreshes) {
+    create();
+    ASSERT_TRUE(names().contains("sub"));
+    list_.runCommand(cmd::ShowFolders);
+    EXPECT_FALSE(names().contains("sub"));
+    EXPECT_EQ(list_.options() & list_option::ShowFolders, 0u);
+    list_.runCommand(cmd::ShowFolders);
+    EXPECT_TRUE(names().contains("sub"));
+}
+
+TEST_F(FileListCtrlTest, StyleCommandsSwitchViews) {
+    create();
+    QAbstractItemView* details = list_.view();
+    list_.runCommand(cmd::StyleIcons);
+    EXPECT_EQ(list_.listStyle(), list_style::Icons);
+    EXPECT_NE(list_.view(), details);
+    list_.runCommand(cmd::StyleList);
+    EXPECT_EQ(list_.listStyle(), list_style::List);
+    list_.runCommand(cmd::StyleDetails);
+    EXPECT_EQ(list_.view(), details);
+    EXPECT_EQ(list_.popupState().listStyle, list_style::Details);
+}
+
+TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
+    folder_.writeFile(QStringLiteral("short.lnk"),
+                      "1#" + folder_.pathOf(QStringLiteral("a.txt")).toUtf8() + "\r\n");
+    create();
+    EXPECT_EQ(list_.popupState().selectedCount, 0);
+    select({QStringLiteral("..")});
+    EXPECT_TRUE(list_.popupState().onlyParentSelected);
+    select({QStringLiteral("short.lnk")});
+    EXPECT_FALSE(list_.popupState().onlyParentSelected);
+    EXPECT_TRUE(list_.popupState().onlyShortcutSelected);
+    EXPECT_EQ(list_.popupState().selectedCount, 1);
+}
+
+TEST_F(FileListCtrlTest, CopyAndPasteInTheSameFolderMakesANamedCopy) {
+    create();
+    select({QStringLiteral("a.txt")});
+    list_.runCommand(cmd::Copy);
+    EXPECT_FALSE(list_.popupState().clipboardEmpty);
+    EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
+    list_.runCommand(cmd::Paste);
+    EXPECT_TRUE(folder_.exists(QStringLiteral("コピー ～ a.txt")));
+    EXPECT_EQ(selectedNames(), QStringList{"コピー ～ a.txt"});
+}
+
+TEST_F(FileListCtrlTest, CutGraysPasteHereAndMovesElsewhere) {
+    create();
+    select({QStringLiteral("b.txt")});
+    list_.runCommand(cmd::Cut);
+    EXPECT_TRUE(list_.popupState().clipboardCutFromHere);
+
+    ASSERT_TRUE(list_.setFolder(folder_.pathOf(QStringLiteral("sub"))));
+    list_.refresh();
+    EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
+    list_.runCommand(cmd::Paste);
+    EXPECT_TRUE(folder_.exists(QStringLiteral("sub/b.txt")));
+    EXPECT_FALSE(folder_.exists(QStringLiteral("b.txt")));
+    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
+}
+
+TEST_F(FileListCtrlTest, DeleteRemovesTheRowsTheUserAgreedTo) {
+    create(list_option::ShowFolders, true);
+    {
+        ScriptedMessageService messages{MessageAnswer::No};
+        select({QStringLiteral("a.txt")});
+        list_.runCommand(cmd::Delete);
+        EXPECT_EQ(messages.shownIds(), QList<int>{30400});
+    }
+    EXPECT_TRUE(folder_.exists(QStringLiteral("a.txt")));
+
+    ScriptedMessageService messages{MessageAnswer::Yes};
+    select({QStringLiteral(".."), QStringLiteral("a.txt"), QStringLiteral("c.txt")});
+    list_.runCommand(cmd::Delete);
+    EXPECT_FALSE(folder_.exists(QStringLiteral("a.txt")));
+    EXPECT_FALSE(folder_.exists(QStringLiteral("c.txt")));
+    EXPECT_EQ(names(), (QStringList{"..", "sub", "b.txt"}));
+}
+
+TEST_F(FileListCtrlTest, DialogCommandsArePassedOn) {
+    create();
+    QSignalSpy passed(&list_, &FileListCtrl::dialogCommand);
+    for (int command : {cmd::Ok, cmd::Cancel, cmd::SelectLnk})
+        list_.runCommand(command);
+    ASSERT_EQ(passed.size(), 3);
+    EXPECT_EQ(passed[2].front().toInt(), cmd::SelectLnk);
+}
+
+TEST_F(FileListCtrlTest, ListingDisabledShowsNothing) {
+    FileListSwitches switches;
+    switches.listingEnabled = false;
+    list_.create(list_style::Details, list_option::ShowFolders, switches);
+    ASSERT_TRUE(list_.setFolder(folder_.path()));
+    EXPECT_EQ(list_.refresh(), FileOpStatus::Done);
+    EXPECT_EQ(list_.rowCount(), 0);
+}
+
+} // namespace
+} // namespace korvel

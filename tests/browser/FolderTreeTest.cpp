@@ -1,0 +1,214 @@
+#include "browser/FolderTree.h"
+
+#include "TestFolder.h"
+#include "browser/PopupMenus.h"
+#include "messages/testing/ScriptedMessageService.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace korvel {
+namespace {
+
+namespace cmd = browser_command;
+using testing::TestFolder;
+
+QStringList ChildTexts(const QTreeWidgetItem* item) {
+    QStringList texts;
+    for (int i = 0; i < item->childCount(); ++i)
+        texts.append(item->child(i)->text(0));
+    return texts;
+}
+
+class FolderTreeTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder_.makeFolder(QStringLiteral("Docs/Sub"));
+        folder_.makeFolder(QStringLiteral("alpha"));
+        folder_.makeFolder(QStringLiteral("Empty"));
+        folder_.makeFolder(QStringLiteral(".hidden/inner"));
+        folder_.writeFile(QStringLiteral("file.txt"));
+        folder_.makeLink(QStringLiteral("linked"), folder_.pathOf(QStringLiteral("alpha")));
+        tree_.resize(300, 400);
+        tree_.show();
+    }
+
+    QTreeWidgetItem* open(const QString& relative) {
+        EXPECT_EQ(tree_.openPath(folder_.pathOf(relative)), FileOpStatus::Done);
+        return tree_.currentItem();
+    }
+
+    TestFolder folder_;
+    FolderTree tree_;
+};
+
+TEST_F(FolderTreeTest, StartsWithTheDeviceAndAPlaceholder) {
+    QTreeWidgetItem* root = tree_.rootItem();
+    EXPECT_EQ(root->text(0), QStringLiteral("マイ デバイス"));
+    EXPECT_EQ(tree_.pathOf(root), QStringLiteral("/"));
+    ASSERT_EQ(root->childCount(), 1);
+    EXPECT_TRUE(root->child(0)->text(0).isEmpty());
+}
+
+TEST_F(FolderTreeTest, FillsOnExpansionWithRealVisibleFoldersInOrder) {
+    QTreeWidgetItem* top = open(QString());
+    ASSERT_EQ(ChildTexts(top), QStringList{QString()}); // not filled before it is expanded
+    top->setExpanded(true);
+    EXPECT_EQ(ChildTexts(top), (QStringList{"alpha", "Docs", "Empty"}));
+
+    // Every new item shows an expand button until it is filled, with or without subfolders.
+    QTreeWidgetItem* empty = top->child(2);
+    EXPECT_EQ(empty->childCount(), 1);
+    empty->setExpanded(true);
+    EXPECT_EQ(empty->childCount(), 0);
+}
+
+TEST_F(FolderTreeTest, OpenPathWalksDownIgnoringCase) {
+    QTreeWidgetItem* item = open(QStringLiteral("docs/SUB"));
+    EXPECT_EQ(item->text(0), QStringLiteral("Sub"));
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/Sub/")));
+    for (QTreeWidgetItem* parent = item->parent(); parent != nullptr; parent = parent->parent())
+        EXPECT_TRUE(parent->isExpanded());
+}
+
+TEST_F(FolderTreeTest, OpenPathStopsAtTheDeepestExistingFolder) {
+    QSignalSpy changed(&tree_, &FolderTree::currentFolderChanged);
+    open(QStringLiteral("Docs/missing"));
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/")));
+    ASSERT_FALSE(changed.isEmpty());
+    EXPECT_EQ(changed.back().front().toString(), folder_.pathOf(QStringLiteral("Docs/")));
+}
+
+TEST_F(FolderTreeTest, OpenPathReachesATypedHiddenFolder) {
+    open(QStringLiteral(".hidden/inner"));
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral(".hidden/inner/")));
+}
+
+TEST_F(FolderTreeTest, OpenPathWithoutALeadingSlashDoesNothing) {
+    open(QStringLiteral("alpha"));
+    EXPECT_EQ(tree_.openPath(QStringLiteral("relative/path")), FileOpStatus::BadArgument);
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("alpha/")));
+}
+
+TEST_F(FolderTreeTest, RecordOnlyChangesTheFolderButNotTheDisplay) {
+    QTreeWidgetItem* item = open(QStringLiteral("alpha"));
+    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("Docs")), true), FileOpStatus::Done);
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/")));
+    EXPECT_EQ(tree_.currentItem(), item);
+    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("gone")), true), FileOpStatus::NotFound);
+    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("file.txt")), true),
+              FileOpStatus::NotFound);
+}
+
+TEST_F(FolderTreeTest, RootOpensForSlash) {
+    EXPECT_EQ(tree_.openPath(QStringLiteral("/")), FileOpStatus::Done);
+    EXPECT_EQ(tree_.currentItem(), tree_.rootItem());
+    EXPECT_TRUE(tree_.rootItem()->isExpanded());
+    EXPECT_EQ(tree_.currentFolder(), QStringLiteral("/"));
+}
+
+TEST_F(FolderTreeTest, NewFoldersAreNumberedAndShownUnderTheParent) {
+    QTreeWidgetItem* parent = open(QStringLiteral("Empty"));
+    tree_.runCommand(cmd::NewFolder);
+    tree_.setCurrentItem(parent);
+    tree_.runCommand(cmd::NewFolder);
+    EXPECT_TRUE(parent->isExpanded());
+    EXPECT_EQ(ChildTexts(parent), (QStringList{"新規フォルダ(1)", "新規フォルダ(2)"}));
+    EXPECT_TRUE(folder_.exists(QStringLiteral("Empty/新規フォルダ(2)")));
+}
+
+TEST_F(FolderTreeTest, DeleteAsksAndRemovesTheItem) {
+    folder_.writeFile(QStringLiteral("Docs/Sub/note.txt"));
+    QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
+    docs->setExpanded(true);
+    tree_.setCurrentItem(docs->child(0));
+    {
+        ScriptedMessageService messages{MessageAnswer::No};
+        tree_.runCommand(cmd::FolderDelete);
+        ASSERT_EQ(messages.shown().size(), 1);
+        EXPECT_EQ(messages.shown().front().id, 30024);
+        EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
+        EXPECT_TRUE(
+            messages.shown().front().text.endsWith(folder_.pathOf(QStringLiteral("Docs/Sub"))));
+    }
+    EXPECT_TRUE(folder_.exists(QStringLiteral("Docs/Sub")));
+
+    ScriptedMessageService messages{MessageAnswer::Yes};
+    QSignalSpy changed(&tree_, &FolderTree::contentsChanged);
+    tree_.runCommand(cmd::FolderDelete);
+    EXPECT_FALSE(folder_.exists(QStringLiteral("Docs/Sub")));
+    EXPECT_EQ(docs->childCount(), 0);
+    EXPECT_EQ(tree_.currentItem(), docs);
+    EXPECT_EQ(changed.size(), 1);
+}
+
+TEST_F(FolderTreeTest, DeleteOnTheRootDoesNothing) {
+    ScriptedMessageService messages;
+    tree_.openPath(QStringLiteral("/"));
+    tree_.runCommand(cmd::FolderDelete);
+    EXPECT_TRUE(messages.shown().isEmpty());
+}
+
+TEST_F(FolderTreeTest, RenameShowsTheNewNameAndMakesItCurrent) {
+    QTreeWidgetItem* alpha = open(QStringLiteral("alpha"));
+    QSignalSpy changed(&tree_, &FolderTree::currentFolderChanged);
+    tree_.finishRename(alpha, QStringLiteral("  zeta "));
+    EXPECT_EQ(alpha->text(0), QStringLiteral("zeta"));
+    EXPECT_TRUE(folder_.exists(QStringLiteral("zeta")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("zeta/")));
+    ASSERT_FALSE(changed.isEmpty());
+    // The children are in order again.
+    EXPECT_EQ(ChildTexts(alpha->parent()), (QStringList{"Docs", "Empty", "zeta"}));
+}
+
+TEST_F(FolderTreeTest, RefusedRenameKeepsTheFolder) {
+    QTreeWidgetItem* alpha = open(QStringLiteral("alpha"));
+    ScriptedMessageService messages{MessageAnswer::Ok};
+    tree_.finishRename(alpha, QStringLiteral("file.txt"));
+    EXPECT_EQ(messages.shownIds(), QList<int>{30501});
+    EXPECT_EQ(alpha->text(0), QStringLiteral("alpha"));
+    EXPECT_TRUE(tree_.isEditing());
+    tree_.endEdit();
+}
+
+TEST_F(FolderTreeTest, TheLabelEditorEndsWithEnterOrEscape) {
+    QTreeWidgetItem* alpha = open(QStringLiteral("alpha"));
+    tree_.startRename();
+    ASSERT_TRUE(tree_.isEditing());
+    auto* editor = tree_.findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText(QStringLiteral("other"));
+    QTest::keyClick(editor, Qt::Key_Escape);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(tree_.isEditing());
+    EXPECT_EQ(alpha->text(0), QStringLiteral("alpha"));
+
+    tree_.startRename();
+    editor = tree_.findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText(QStringLiteral("beta"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(alpha->text(0), QStringLiteral("beta"));
+    EXPECT_TRUE(folder_.exists(QStringLiteral("beta")));
+}
+
+TEST_F(FolderTreeTest, RefillFindsFoldersMadeElsewhere) {
+    QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
+    docs->setExpanded(true);
+    folder_.makeFolder(QStringLiteral("Docs/Later"));
+    tree_.runCommand(cmd::FolderRefresh);
+    EXPECT_EQ(ChildTexts(docs), (QStringList{"Later", "Sub"}));
+}
+
+TEST_F(FolderTreeTest, RootCannotBeRenamed) {
+    tree_.openPath(QStringLiteral("/"));
+    tree_.startRename();
+    EXPECT_FALSE(tree_.isEditing());
+}
+
+} // namespace
+} // namespace korvel
