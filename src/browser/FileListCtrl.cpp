@@ -327,6 +327,12 @@ bool FileListCtrl::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
         return !onViewport && handleKey(static_cast<QKeyEvent*>(event));
+    case QEvent::Resize:
+        // The viewport learns its width only after this widget's own resize, once the layout
+        // has sized the view; the columns follow it from here.
+        if (onViewport && view == details_)
+            layoutColumns();
+        return false;
     case QEvent::ContextMenu: {
         // A right click was taken as the gesture when it went down; the Menu key opens the
         // menu over the current row.
@@ -340,11 +346,6 @@ bool FileListCtrl::eventFilter(QObject* watched, QEvent* event) {
     default:
         return QWidget::eventFilter(watched, event);
     }
-}
-
-void FileListCtrl::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    layoutColumns();
 }
 
 bool FileListCtrl::handlePress(QAbstractItemView* view, QMouseEvent* event) {

@@ -90,7 +90,6 @@ signals:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
     bool handlePress(QAbstractItemView* view, QMouseEvent* event);
