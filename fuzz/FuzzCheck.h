@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace korvel::fuzz {
+
+// A broken property is a finding like a crash: libFuzzer keeps the input that aborted.
+inline void Require(bool holds, const char* property) {
+    if (!holds) {
+        std::fprintf(stderr, "property broken: %s\n", property);
+        std::abort();
+    }
+}
+
+} // namespace korvel::fuzz
