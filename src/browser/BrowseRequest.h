@@ -59,6 +59,11 @@ struct BrowseRequest {
     QString optionLabel;
     // In and out: the chosen item of the option row, counted from 0.
     int optionIndex = 0;
+    // A second choice row under the option row, shown with it: the line endings offered when
+    // saving ("CR-LF|CR|LF||"). Empty: no such row.
+    QString lineEndingList;
+    // In and out: the chosen line ending, counted from 0.
+    int lineEndingIndex = 0;
     // In and out: the folder to start in; on OK the folder of the result, ending in "/".
     QString folder;
     // The initial text of the name box.

@@ -114,7 +114,9 @@ FileBrowserDialog::FileBrowserDialog(BrowseRequest& request, FileClipboard& clip
       list_(new FileListCtrl(this)), splitter_(new QSplitter(this)),
       prompt_(new QLabel(QStringLiteral("参照"), this)), folderLine_(new QLabel(this)),
       nameBox_(new QLineEdit(this)), typeBox_(new QComboBox(this)), optionLabel_(new QLabel(this)),
-      optionBox_(new QComboBox(this)) {
+      optionBox_(new QComboBox(this)),
+      lineEndingLabel_(new QLabel(QStringLiteral("改行コード："), this)),
+      lineEndingBox_(new QComboBox(this)) {
     setWindowTitle(request.title.isEmpty() ? QStringLiteral("ファイル名を参照") : request.title);
     if (!request.prompt.isEmpty())
         prompt_->setText(request.prompt);
@@ -156,6 +158,8 @@ FileBrowserDialog::FileBrowserDialog(BrowseRequest& request, FileClipboard& clip
     fields->addWidget(typeBox_, 1, 1);
     fields->addWidget(optionLabel_, 2, 0);
     fields->addWidget(optionBox_, 2, 1);
+    fields->addWidget(lineEndingLabel_, 3, 0);
+    fields->addWidget(lineEndingBox_, 3, 1);
     fields->setColumnStretch(1, 1);
     nameLabel->setVisible(hasNameBox());
     nameBox_->setVisible(hasNameBox());
@@ -333,10 +337,21 @@ void FileBrowserDialog::setUpOptions() {
     const bool shown = (request_.options & option::ShowOptionRow) != 0 && !choices.isEmpty();
     if (!shown)
         request_.options &= ~option::ShowOptionRow;
+    const QStringList lineEndings = SplitChoices(request_.lineEndingList);
+    const bool lineEndingShown = shown && !lineEndings.isEmpty();
     optionLabel_->setVisible(shown);
     optionBox_->setVisible(shown);
+    lineEndingLabel_->setVisible(lineEndingShown);
+    lineEndingBox_->setVisible(lineEndingShown);
     if (!shown)
         return;
+    if (lineEndingShown) {
+        lineEndingBox_->addItems(lineEndings);
+        lineEndingBox_->setCurrentIndex(request_.lineEndingIndex >= 0 &&
+                                                request_.lineEndingIndex < lineEndings.size()
+                                            ? request_.lineEndingIndex
+                                            : 0);
+    }
     optionLabel_->setText(request_.optionLabel.isEmpty() ? LoadString(kOptionLabel)
                                                          : request_.optionLabel);
     optionBox_->addItems(choices);
@@ -576,6 +591,8 @@ void FileBrowserDialog::finish(const QString& folder, const QStringList& names) 
     request_.filterIndex = typeBox_->currentIndex() + 1;
     if ((request_.options & option::ShowOptionRow) != 0)
         request_.optionIndex = optionBox_->currentIndex();
+    if (lineEndingBox_->count() > 0)
+        request_.lineEndingIndex = lineEndingBox_->currentIndex();
     request_.listStyle = list_->listStyle();
     request_.showFolders = (list_->options() & list_option::ShowFolders) != 0;
     accept();

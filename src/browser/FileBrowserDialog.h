@@ -40,6 +40,7 @@ public:
     QLineEdit* nameBox() const { return nameBox_; }
     QComboBox* typeBox() const { return typeBox_; }
     QComboBox* optionBox() const { return optionBox_; }
+    QComboBox* lineEndingBox() const { return lineEndingBox_; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -86,6 +87,8 @@ private:
     QComboBox* typeBox_ = nullptr;
     QLabel* optionLabel_ = nullptr;
     QComboBox* optionBox_ = nullptr;
+    QLabel* lineEndingLabel_ = nullptr;
+    QComboBox* lineEndingBox_ = nullptr;
     HoldGesture* nameHold_ = nullptr;
     QStringList typePatterns_;
     LayoutMode layoutMode_ = Normal;

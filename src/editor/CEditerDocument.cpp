@@ -1,0 +1,232 @@
+// The view's load and save commands: Open, Save, Save As and New, with their questions.
+#include "browser/FileBrowserDialog.h"
+#include "document/DocumentFiles.h"
+#include "document/EncodingNames.h"
+#include "editor/CEditer.h"
+#include "editor/EditControl.h"
+#include "editor/EditorText.h"
+#include "messages/MessageService.h"
+#include "messages/StringTable.h"
+#include "settings/SettingsStore.h"
+
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QTextDocument>
+#include <algorithm>
+#include <iterator>
+
+namespace korvel {
+
+namespace {
+
+constexpr int kMessageSaveChanges = 30006;
+constexpr int kMessageCannotAccess = 33003;
+constexpr int kMessageIsFolder = 33004;
+constexpr int kOpenTitle = 35034;
+constexpr int kSaveTitle = 35035;
+constexpr int kFileFilter = 35045;
+constexpr int kLoadEncodingChoices = 35046;
+constexpr int kSaveEncodingChoices = 35047;
+
+// The order of the line-ending row is the order of the LineEnding values.
+const QString kLineEndingChoices = QStringLiteral("CR-LF|CR|LF||");
+
+// The wait cursor for as long as a load runs, however it ends.
+class WaitCursor {
+public:
+    WaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QGuiApplication::restoreOverrideCursor(); }
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+};
+
+int SaveListPosition(TextEncoding encoding) {
+    const auto* found =
+        std::find(std::begin(kSaveEncodingList), std::end(kSaveEncodingList), encoding);
+    return found == std::end(kSaveEncodingList)
+               ? 0
+               : static_cast<int>(std::distance(std::begin(kSaveEncodingList), found));
+}
+
+MessageAnswer ShowPathMessage(int id, const QString& path, QWidget* parent) {
+    MessageRequest request;
+    request.id = id;
+    request.arguments = {path};
+    request.icon = MessageIcon::Stop;
+    request.topmost = true;
+    request.parent = parent;
+    return ShowMessage(request);
+}
+
+} // namespace
+
+bool CEditer::loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding) {
+    const WaitCursor waitCursor;
+    std::optional<LoadedDocument> loaded = LoadDocumentFile(path, encoding, window());
+    if (!loaded)
+        return false;
+    replaceText(loaded->text);
+    encoding = loaded->encoding;
+    lineEnding = loaded->lineEnding;
+    return true;
+}
+
+void CEditer::replaceText(std::u16string_view text) {
+    SetEditorText(*document_, text);
+    EditControl* active = activeControl();
+    active->moveCursor(QTextCursor::Start);
+    active->ensureCursorVisible();
+    emit commandStatesChanged();
+}
+
+void CEditer::adoptDocument(const QString& path, TextEncoding encoding, LineEnding lineEnding) {
+    path_ = path;
+    encoding_ = encoding;
+    lineEnding_ = lineEnding;
+    emit documentChanged();
+}
+
+bool CEditer::maySetTextAside() {
+    if (!isModified())
+        return true;
+    MessageRequest request;
+    request.id = kMessageSaveChanges;
+    request.buttons = MessageButtons::YesNoCancel;
+    request.icon = MessageIcon::Question;
+    request.defaultButton = MessageAnswer::Yes;
+    request.topmost = true;
+    request.parent = window();
+    switch (ShowMessage(request)) {
+    case MessageAnswer::Yes:
+        return save();
+    case MessageAnswer::No:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool CEditer::openPath(const QString& path) {
+    switch (ExaminePath(path)) {
+    case PathKind::Missing:
+        ShowPathMessage(kMessageCannotAccess, path, window());
+        return false;
+    case PathKind::Folder:
+        ShowPathMessage(kMessageIsFolder, path, window());
+        return false;
+    case PathKind::File:
+        break;
+    }
+    if (!maySetTextAside())
+        return false;
+    TextEncoding encoding = TextEncoding::AutoDetect;
+    LineEnding lineEnding = LineEnding::CrLf;
+    if (!loadDocument(path, encoding, lineEnding))
+        return false;
+    adoptDocument(path, encoding, lineEnding);
+    return true;
+}
+
+bool CEditer::browse(BrowseRequest& request) {
+    ApplyBrowseSettings(request, store_);
+    const bool chosen =
+        browseDialog_ ? browseDialog_(request, window()) : RunBrowseDialog(request, window());
+    if (!chosen)
+        return false;
+    StoreBrowseSettings(request, store_);
+    filterIndex_ = request.filterIndex;
+    lastFolder_ = request.folder;
+    return true;
+}
+
+bool CEditer::openWithDialog() {
+    BrowseRequest request;
+    request.title = LoadString(kOpenTitle);
+    request.filter = LoadString(kFileFilter);
+    request.filterIndex = filterIndex_;
+    request.flags = browse_flag::FileMustExist | browse_flag::PathMustExist;
+    request.options = browse_option::ShowOptionRow;
+    request.optionList = LoadString(kLoadEncodingChoices);
+    request.optionIndex = 0; // "自動判定"
+    request.folder = lastFolder_;
+    if (!browse(request))
+        return false;
+
+    const int choice = request.optionIndex;
+    TextEncoding encoding = choice >= 0 && choice < static_cast<int>(std::size(kLoadEncodingList))
+                                ? kLoadEncodingList[choice]
+                                : TextEncoding::AutoDetect;
+    const QString path = request.path();
+    if (!maySetTextAside())
+        return false;
+    LineEnding lineEnding = LineEnding::CrLf;
+    if (!loadDocument(path, encoding, lineEnding))
+        return false;
+    adoptDocument(path, encoding, lineEnding);
+    emit fileUsed(path);
+    return true;
+}
+
+bool CEditer::saveDocument(const QString& path, TextEncoding encoding, LineEnding lineEnding) {
+    const std::u16string text = EditorText(*document_);
+    if (!SaveDocumentFile(path, text, encoding, lineEnding, store_.read(setting::JIS_KATAKANA_MODE),
+                          window()))
+        return false;
+    document_->setModified(false);
+    return true;
+}
+
+bool CEditer::save() {
+    if (path_.isEmpty())
+        return saveAs();
+    return saveDocument(path_, encoding_, lineEnding_);
+}
+
+bool CEditer::saveAs() {
+    BrowseRequest request;
+    request.title = LoadString(kSaveTitle);
+    request.filter = LoadString(kFileFilter);
+    request.filterIndex = filterIndex_;
+    request.flags = browse_flag::OverwritePrompt | browse_flag::PathMustExist;
+    request.options =
+        browse_option::Saving | browse_option::ShowOptionRow | browse_option::AppendTypeExtension;
+    request.optionList = LoadString(kSaveEncodingChoices);
+    request.optionIndex = SaveListPosition(encoding_);
+    request.lineEndingList = kLineEndingChoices;
+    request.lineEndingIndex = static_cast<int>(lineEnding_);
+    if (path_.isEmpty()) {
+        request.folder = lastFolder_;
+    } else {
+        const QFileInfo current(path_);
+        request.folder = current.absolutePath();
+        request.name = current.fileName();
+    }
+    if (!browse(request))
+        return false;
+
+    const int choice = request.optionIndex;
+    const TextEncoding encoding =
+        choice >= 0 && choice < static_cast<int>(std::size(kSaveEncodingList))
+            ? kSaveEncodingList[choice]
+            : encoding_;
+    const int lineChoice = request.lineEndingIndex;
+    const LineEnding lineEnding = lineChoice >= 0 && lineChoice <= static_cast<int>(LineEnding::Lf)
+                                      ? static_cast<LineEnding>(lineChoice)
+                                      : lineEnding_;
+    const QString path = request.path();
+    if (!saveDocument(path, encoding, lineEnding))
+        return false;
+    adoptDocument(path, encoding, lineEnding);
+    emit fileUsed(path);
+    return true;
+}
+
+bool CEditer::newDocument() {
+    if (!maySetTextAside())
+        return false;
+    replaceText(std::u16string_view());
+    adoptDocument(QString(), TextEncoding::ShiftJis, LineEnding::CrLf);
+    return true;
+}
+
+} // namespace korvel

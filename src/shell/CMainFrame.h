@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+#include <memory>
+
+class QMenu;
+
+namespace korvel {
+
+class CEditer;
+class CommandTable;
+class RecentFileList;
+class SettingsStore;
+
+// The main window: the single menu "ﾒﾆｭｰ", the accelerators, the area for the find and replace
+// bars above the editor view, the tap-and-hold menus and the close logic.
+class CMainFrame : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit CMainFrame(SettingsStore& store, QWidget* parent = nullptr);
+    ~CMainFrame() override;
+
+    CEditer* view() const { return view_; }
+    CommandTable& commands() const { return *commands_; }
+    RecentFileList& recentFiles() const { return *recentFiles_; }
+    QMenu* mainMenu() const { return mainMenu_; }
+    // Where the find and replace bars stand, above the view; empty and hidden until a bar shows.
+    QWidget* barArea() const { return barArea_; }
+
+    // Opens a path given from outside (command line, another start) and lists it as recently
+    // used.
+    bool openPath(const QString& path);
+
+    // The tap-and-hold menu for the view's current selection, at position (active control
+    // coordinates). Returns the menu shown.
+    QMenu* showContextMenu(QPoint position);
+    // Ctrl+M: the main menu at the left edge, level with the bottom of the view.
+    void popUpMainMenu();
+
+    // Seams for the parts that arrive later: whether a macro is playing (closing is refused
+    // then), whether one is being recorded (the menus say so), and the check for changes made
+    // by other programs, run when the window becomes active.
+    void setMacroState(std::function<bool()> playing, std::function<bool()> recording);
+    void setActivationCheck(std::function<void()> check) { activationCheck_ = std::move(check); }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void addCommands();
+    void openRecentFile(int index);
+    void updateTitle();
+
+    SettingsStore& store_;
+    CommandTable* commands_;
+    std::unique_ptr<RecentFileList> recentFiles_;
+    CEditer* view_;
+    QWidget* barArea_;
+    QMenu* mainMenu_;
+    std::function<bool()> macroPlaying_;
+    std::function<bool()> macroRecording_;
+    std::function<void()> activationCheck_;
+    bool checkingActivation_ = false;
+};
+
+} // namespace korvel

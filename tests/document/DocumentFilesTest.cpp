@@ -1,0 +1,677 @@
+#include "document/DocumentFiles.h"
+
+#include "DocumentHarness.h"
+#include "messages/testing/ScriptedMessageService.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define KORVEL_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KORVEL_ADDRESS_SANITIZER 1
+#endif
+#endif
+
+namespace korvel {
+namespace {
+
+using testing::Bytes;
+using testing::Hex;
+using enum TextEncoding;
+
+constexpr TextEncoding kSaveEncodings[] = {ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode};
+constexpr LineEnding kLineEndings[] = {LineEnding::CrLf, LineEnding::Cr, LineEnding::Lf};
+
+// Kanji, kana, half-width katakana, symbols and ASCII: every code set carries all of it, JIS
+// when half-width katakana are kept.
+constexpr std::u16string_view kJapaneseText =
+    u"日本語のテキスト、“記号”と全角ＡＢＣ。\r\nｶﾀｶﾅ and ASCII 123\r\n\r\n末尾の行";
+
+QByteArray AsQBytes(const Bytes& bytes) {
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()),
+                      static_cast<qsizetype>(bytes.size()));
+}
+
+Bytes AsBytes(const QByteArray& bytes) {
+    return Bytes(bytes.begin(), bytes.end());
+}
+
+Bytes Utf16Le(std::u16string_view text) {
+    Bytes bytes;
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<std::uint8_t>(unit));
+        bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+    return bytes;
+}
+
+Bytes Concat(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+bool RunningAsRoot() {
+    return ::geteuid() == 0;
+}
+
+// A real folder for one test, made writable again before it goes so that cleaning up works
+// after a test took write permission away.
+class Scratch {
+public:
+    QString path(const QString& name) const { return dir_.path() + u'/' + name; }
+
+    QString write(const QString& name, const QByteArray& bytes, mode_t mode = 0644) const {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
+        file.write(bytes);
+        file.close();
+        EXPECT_EQ(::chmod(QFile::encodeName(path(name)).constData(), mode), 0);
+        return path(name);
+    }
+    QString write(const QString& name, const Bytes& bytes, mode_t mode = 0644) const {
+        return write(name, AsQBytes(bytes), mode);
+    }
+
+    // Every entry below the folder with its kind, mode and bytes: what a failed save must
+    // leave exactly as it was.
+    std::string snapshot() const {
+        QStringList entries;
+        QDirIterator it(dir_.path(),
+                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString entry = it.next();
+            const QFileInfo info(entry);
+            QString line = entry.mid(dir_.path().size() + 1);
+            if (info.isSymLink()) {
+                line += QStringLiteral(" -> ") + info.symLinkTarget();
+            } else {
+                line += QStringLiteral(" %1").arg(StatusOf(entry).st_mode, 0, 8);
+                if (info.isFile()) {
+                    line += u' ' + QString::fromLatin1(Read(entry).toHex(' '));
+                }
+            }
+            entries.append(line);
+        }
+        entries.sort();
+        return entries.join(u'\n').toStdString();
+    }
+
+    static QByteArray Read(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    }
+    static struct stat StatusOf(const QString& path) {
+        struct stat status {};
+        ::stat(QFile::encodeName(path).constData(), &status);
+        return status;
+    }
+    static mode_t ModeOf(const QString& path) { return StatusOf(path).st_mode & 07777; }
+
+    ~Scratch() {
+        QDirIterator it(dir_.path(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            ::chmod(QFile::encodeName(it.next()).constData(), 0755);
+        }
+    }
+
+private:
+    QTemporaryDir dir_;
+};
+
+// The one box a failure shows.
+void ExpectOneBox(const ScriptedMessageService& messages, int id, MessageIcon icon, bool topmost,
+                  const QString& path = {}) {
+    ASSERT_EQ(messages.shownIds(), QList<int>{id});
+    const ShownMessage& box = messages.shown().front();
+    EXPECT_EQ(box.icon, icon);
+    EXPECT_EQ(box.topmost, topmost);
+    if (!path.isEmpty()) {
+        EXPECT_TRUE(box.text.endsWith(QStringLiteral("\n\n") + path)) << box.text.toStdString();
+    }
+}
+
+// --- Saving every code set and line ending, then loading it back -------------------------
+
+class SaveAndLoad : public ::testing::TestWithParam<std::tuple<TextEncoding, LineEnding>> {};
+
+TEST_P(SaveAndLoad, FileHoldsTheByteSidesBytesAndReadsBackAsSaved) {
+    const auto [encoding, lineEnding] = GetParam();
+    Scratch scratch;
+    ScriptedMessageService messages;
+    const QString path = scratch.write(QStringLiteral("old.txt"), QByteArray("old text, longer"));
+
+    ASSERT_TRUE(SaveDocumentFile(path, kJapaneseText, encoding, lineEnding, 1, nullptr));
+    EXPECT_EQ(Hex(AsBytes(Scratch::Read(path))),
+              Hex(testing::Save(kJapaneseText, encoding, lineEnding, 1)));
+
+    const std::optional<LoadedDocument> loaded = LoadDocumentFile(path, AutoDetect, nullptr);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->encoding, encoding);
+    EXPECT_EQ(loaded->lineEnding, lineEnding);
+    EXPECT_TRUE(loaded->text == kJapaneseText) << Hex(loaded->text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryCodeSet, SaveAndLoad,
+    ::testing::Combine(::testing::ValuesIn(kSaveEncodings), ::testing::ValuesIn(kLineEndings)),
+    [](const ::testing::TestParamInfo<SaveAndLoad::ParamType>& info) {
+        std::string name = ::testing::PrintToString(std::get<0>(info.param)) + "_" +
+                           ::testing::PrintToString(std::get<1>(info.param));
+        std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
+        return name;
+    });
+
+// An empty document still gets its code set's mark, and replaces whatever the file held.
+TEST(SaveEmptyDocument, WritesOnlyTheMarkOfTheCodeSet) {
+    const struct {
+        TextEncoding encoding;
+        Bytes bytes;
+    } cases[] = {
+        {ShiftJis, {}},          {Jis, {}}, {Euc, {}}, {Utf8, {0xEF, 0xBB, 0xBF}}, {Utf8N, {}},
+        {Unicode, {0xFF, 0xFE}},
+    };
+    Scratch scratch;
+    ScriptedMessageService messages;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.encoding));
+        const QString path = scratch.write(QStringLiteral("empty.txt"), QByteArray("old"));
+        ASSERT_TRUE(SaveDocumentFile(path, u"", c.encoding, LineEnding::CrLf, 0, nullptr));
+        EXPECT_EQ(Hex(AsBytes(Scratch::Read(path))), Hex(c.bytes));
+    }
+}
+
+// --- Loading files written elsewhere, and saving them back -------------------------------
+
+struct FileCase {
+    const char* name;
+    Bytes bytes;
+    TextEncoding encoding;
+    LineEnding lineEnding;
+    std::u16string text;
+};
+
+const FileCase kFileCases[] = {
+    // An Excel CSV: LF inside a cell, CR LF between rows; the 5C trail byte of 表 is no break.
+    {"ShiftJisCsvWithLoneLf",
+     {0x95, 0x5C, 0x0D, 0x0A, 'a', 0x0A, 'b', 0x0D, 0x0A},
+     ShiftJis,
+     LineEnding::CrLf,
+     u"表\r\na\nb\r\n"},
+    {"EucLf",
+     {0xC6, 0xFC, 0xCB, 0xDC, 0xB8, 0xEC, 0xA4, 0xC7, 0xA4, 0xB9, 0x0A, 'x', 0x0A},
+     Euc,
+     LineEnding::Lf,
+     u"日本語です\r\nx\r\n"},
+    {"JisCr",
+     {0x1B, '$', 'B', 0x46, 0x7C, 0x4B, 0x5C, 0x1B, '(', 'B', 0x0D, 'x', 0x0D},
+     Jis,
+     LineEnding::Cr,
+     u"日本\r\nx\r\n"},
+    {"Utf8MarkCrWithLoneLf",
+     {0xEF, 0xBB, 0xBF, 0xE6, 0x97, 0xA5, 0x0D, 'a', 0x0A, 'b', 0x0D},
+     Utf8,
+     LineEnding::Cr,
+     u"日\r\na\nb\r\n"},
+    {"Utf8NCrLf",
+     {0xE6, 0x97, 0xA5, 0xE6, 0x9C, 0xAC, 0x0D, 0x0A},
+     Utf8N,
+     LineEnding::CrLf,
+     u"日本\r\n"},
+    // Text that can stay in the file's own bytes, and text that had to be widened.
+    {"UnicodeMarkCrLf", Concat({{0xFF, 0xFE}, Utf16Le(u"日本\r\nab")}), Unicode, LineEnding::CrLf,
+     u"日本\r\nab"},
+    {"UnicodeMarkLf", Concat({{0xFF, 0xFE}, Utf16Le(u"日本\nab\n")}), Unicode, LineEnding::Lf,
+     u"日本\r\nab\r\n"},
+    {"Empty", {}, ShiftJis, LineEnding::CrLf, u""},
+    {"NoLineBreak", {'a', 'b', 'c'}, ShiftJis, LineEnding::CrLf, u"abc"},
+};
+
+void PrintTo(const FileCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class LoadFile : public ::testing::TestWithParam<FileCase> {};
+
+TEST_P(LoadFile, ReadsWhatTheFileHoldsAndSavesItBackUnchanged) {
+    const FileCase& c = GetParam();
+    Scratch scratch;
+    ScriptedMessageService messages;
+    const QString path = scratch.write(QStringLiteral("in.txt"), c.bytes);
+
+    std::optional<LoadedDocument> loaded = LoadDocumentFile(path, AutoDetect, nullptr);
+    ASSERT_TRUE(loaded);
+    // The text may point into the loaded bytes: it must survive the document being moved.
+    const LoadedDocument document = std::move(*loaded);
+    loaded.reset();
+    EXPECT_EQ(document.encoding, c.encoding);
+    EXPECT_EQ(document.lineEnding, c.lineEnding);
+    EXPECT_TRUE(document.text == c.text) << Hex(document.text);
+
+    const QString out = scratch.path(QStringLiteral("out.txt"));
+    ASSERT_TRUE(
+        SaveDocumentFile(out, document.text, document.encoding, document.lineEnding, 0, nullptr));
+    EXPECT_EQ(Hex(AsBytes(Scratch::Read(out))), Hex(c.bytes));
+}
+
+INSTANTIATE_TEST_SUITE_P(Generated, LoadFile, ::testing::ValuesIn(kFileCases),
+                         [](const ::testing::TestParamInfo<FileCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// Japanese texts written by others (Debian package libpython3.11-testsuite).
+struct SampleCase {
+    const char* name;
+    TextEncoding encoding;
+};
+
+void PrintTo(const SampleCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class LoadSampleFile : public ::testing::TestWithParam<SampleCase> {};
+
+TEST_P(LoadSampleFile, IsDetectedAndSavedBackByteForByte) {
+    const QString sample = QStringLiteral("/usr/lib/python3.11/test/cjkencodings/%1.txt")
+                               .arg(QString::fromLatin1(GetParam().name));
+    if (!QFileInfo::exists(sample)) {
+        GTEST_SKIP() << "no " << GetParam().name << " sample (libpython3.11-testsuite)";
+    }
+    Scratch scratch;
+    ScriptedMessageService messages;
+    const std::optional<LoadedDocument> loaded = LoadDocumentFile(sample, AutoDetect, nullptr);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->encoding, GetParam().encoding);
+    EXPECT_EQ(loaded->lineEnding, LineEnding::Lf);
+    EXPECT_TRUE(loaded->text.starts_with(u"Python")) << Hex(loaded->text.substr(0, 16));
+
+    const QString out = scratch.path(QStringLiteral("out.txt"));
+    ASSERT_TRUE(
+        SaveDocumentFile(out, loaded->text, loaded->encoding, loaded->lineEnding, 0, nullptr));
+    EXPECT_TRUE(Scratch::Read(out) == Scratch::Read(sample));
+}
+
+INSTANTIATE_TEST_SUITE_P(CjkEncodings, LoadSampleFile,
+                         ::testing::Values(SampleCase{"shift_jis", ShiftJis},
+                                           SampleCase{"euc_jp", Euc},
+                                           SampleCase{"iso2022_jp", Jis}),
+                         [](const ::testing::TestParamInfo<SampleCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// A chosen code set is used whatever detection would say; the line ending is still detected.
+TEST(LoadFileAs, TheChosenCodeSetOverridesDetection) {
+    const Bytes utf8WithMark = {0xEF, 0xBB, 0xBF, 0xE6, 0x97, 0xA5, 0x0A};
+    const struct {
+        const char* name;
+        Bytes bytes;
+        TextEncoding requested;
+        TextEncoding encoding;
+        LineEnding lineEnding;
+        std::u16string text;
+    } cases[] = {
+        {"mark kept as a character", utf8WithMark, Utf8N, Utf8N, LineEnding::Lf, u"\uFEFF日\r\n"},
+        {"mark skipped", utf8WithMark, Utf8, Utf8, LineEnding::Lf, u"日\r\n"},
+        // No 0 byte, so detection would not take it for Unicode.
+        {"Unicode without mark", Utf16Le(u"日本"), Unicode, Unicode, LineEnding::CrLf, u"日本"},
+        {"ASCII as JIS", {'a', 0x0D, 'b'}, Jis, Jis, LineEnding::Cr, u"a\r\nb"},
+        // Mail that lost its escape bytes is repaired and then kept as Shift_JIS.
+        {"garbled mail",
+         {'$', 'B', 0x46, 0x7C, 0x4B, 0x5C, '(', 'B', 0x0D, 0x0A},
+         GarbledMail,
+         ShiftJis,
+         LineEnding::CrLf,
+         u"日本\r\n"},
+    };
+    Scratch scratch;
+    ScriptedMessageService messages;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = scratch.write(QStringLiteral("in.txt"), c.bytes);
+        const std::optional<LoadedDocument> loaded = LoadDocumentFile(path, c.requested, nullptr);
+        ASSERT_TRUE(loaded);
+        EXPECT_EQ(loaded->encoding, c.encoding);
+        EXPECT_EQ(loaded->lineEnding, c.lineEnding);
+        EXPECT_TRUE(loaded->text == c.text) << Hex(loaded->text);
+    }
+}
+
+// --- What a path is, and loads that fail ------------------------------------------------
+
+TEST(ExaminePath, FollowsLinksAndCallsWhatCannotBeFoundMissing) {
+    Scratch scratch;
+    const QString file = scratch.write(QStringLiteral("file.txt"), QByteArray("x"));
+    const QString folder = scratch.path(QStringLiteral("folder"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    ASSERT_TRUE(QFile::link(file, scratch.path(QStringLiteral("to-file"))));
+    ASSERT_TRUE(QFile::link(folder, scratch.path(QStringLiteral("to-folder"))));
+    ASSERT_TRUE(QFile::link(scratch.path(QStringLiteral("gone")),
+                            scratch.path(QStringLiteral("dangling"))));
+    const struct {
+        QString path;
+        PathKind kind;
+    } cases[] = {
+        {file, PathKind::File},
+        {folder, PathKind::Folder},
+        {folder + u'/', PathKind::Folder},
+        {scratch.path(QStringLiteral("to-file")), PathKind::File},
+        {scratch.path(QStringLiteral("to-folder")), PathKind::Folder},
+        {scratch.path(QStringLiteral("dangling")), PathKind::Missing},
+        {scratch.path(QStringLiteral("none.txt")), PathKind::Missing},
+        {file + QStringLiteral("/below"), PathKind::Missing},
+        {QString(), PathKind::Missing},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(ExaminePath(c.path), c.kind) << c.path.toStdString();
+    }
+}
+
+struct LoadFailure {
+    const char* name;
+    QString (*make)(const Scratch&);
+    int id;
+    bool needsUnprivilegedUser;
+};
+
+const LoadFailure kLoadFailures[] = {
+    {"Missing", [](const Scratch& s) { return s.path(QStringLiteral("none.txt")); }, 33000, false},
+    {"Folder",
+     [](const Scratch& s) {
+         QDir().mkdir(s.path(QStringLiteral("folder")));
+         return s.path(QStringLiteral("folder"));
+     },
+     33000, false},
+    // Opening a pipe for reading would wait for a writer forever.
+    {"Pipe",
+     [](const Scratch& s) {
+         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
+         return s.path(QStringLiteral("pipe"));
+     },
+     33000, false},
+    {"NoReadPermission",
+     [](const Scratch& s) { return s.write(QStringLiteral("secret.txt"), QByteArray("x"), 0200); },
+     33000, true},
+    // Opens like a file, but reading from its start fails: nothing is mapped at address 0.
+    {"ReadFails", [](const Scratch&) { return QStringLiteral("/proc/self/mem"); }, 33003, false},
+};
+
+void PrintTo(const LoadFailure& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class LoadFails : public ::testing::TestWithParam<LoadFailure> {};
+
+TEST_P(LoadFails, ShowsItsTopmostStopBoxAndReturnsNothing) {
+    if (GetParam().needsUnprivilegedUser && RunningAsRoot()) {
+        GTEST_SKIP() << "root may read any file";
+    }
+    Scratch scratch;
+    const QString path = GetParam().make(scratch);
+    ScriptedMessageService messages{MessageAnswer::Ok};
+    EXPECT_FALSE(LoadDocumentFile(path, AutoDetect, nullptr));
+    ExpectOneBox(messages, GetParam().id, MessageIcon::Stop, true, path);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, LoadFails, ::testing::ValuesIn(kLoadFailures),
+                         [](const ::testing::TestParamInfo<LoadFailure>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// --- Saves that do not happen leave everything as it was ---------------------------------
+
+struct SaveFailure {
+    const char* name;
+    QString (*make)(const Scratch&);
+    MessageAnswer answer;
+    int id;
+    MessageIcon icon;
+    bool needsUnprivilegedUser = false;
+};
+
+// A name that fits, while any temporary name made from it does not.
+QString LongName() {
+    return QString(250, u'a') + QStringLiteral(".txt");
+}
+
+const SaveFailure kSaveFailures[] = {
+    {"Folder",
+     [](const Scratch& s) {
+         QDir().mkdir(s.path(QStringLiteral("folder")));
+         return s.path(QStringLiteral("folder"));
+     },
+     MessageAnswer::Ok, 33001, MessageIcon::Stop},
+    {"ReadOnlyKept",
+     [](const Scratch& s) { return s.write(QStringLiteral("ro.txt"), QByteArray("old"), 0444); },
+     MessageAnswer::No, 33002, MessageIcon::Question},
+    {"NoRoomForTheTemporaryFile",
+     [](const Scratch& s) { return s.write(LongName(), QByteArray("old bytes")); },
+     MessageAnswer::Ok, 33003, MessageIcon::Stop},
+    {"Pipe",
+     [](const Scratch& s) {
+         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
+         return s.path(QStringLiteral("pipe"));
+     },
+     MessageAnswer::Ok, 33003, MessageIcon::Stop},
+    {"FolderGone", [](const Scratch& s) { return s.path(QStringLiteral("gone/new.txt")); },
+     MessageAnswer::Ok, 33003, MessageIcon::Stop},
+    {"FolderNotWritable",
+     [](const Scratch& s) {
+         QDir().mkdir(s.path(QStringLiteral("locked")));
+         const QString path = s.write(QStringLiteral("locked/old.txt"), QByteArray("old"));
+         ::chmod(QFile::encodeName(s.path(QStringLiteral("locked"))).constData(), 0555);
+         return path;
+     },
+     MessageAnswer::Ok, 33003, MessageIcon::Stop, true},
+};
+
+void PrintTo(const SaveFailure& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class SaveFails : public ::testing::TestWithParam<SaveFailure> {};
+
+TEST_P(SaveFails, ShowsItsBoxAndLeavesTheFolderAsItWas) {
+    const SaveFailure& c = GetParam();
+    if (c.needsUnprivilegedUser && RunningAsRoot()) {
+        GTEST_SKIP() << "root may write in any folder";
+    }
+    Scratch scratch;
+    const QString path = c.make(scratch);
+    const std::string before = scratch.snapshot();
+    ScriptedMessageService messages{c.answer};
+
+    EXPECT_FALSE(SaveDocumentFile(path, u"新しい\r\ntext", Utf8, LineEnding::CrLf, 0, nullptr));
+    ExpectOneBox(messages, c.id, c.icon, false, path);
+    EXPECT_EQ(scratch.snapshot(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SaveFails, ::testing::ValuesIn(kSaveFailures),
+                         [](const ::testing::TestParamInfo<SaveFailure>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST(SaveReadOnly, AsksWithNoAsTheDefault) {
+    Scratch scratch;
+    const QString path = scratch.write(QStringLiteral("ro.txt"), QByteArray("old"), 0444);
+    ScriptedMessageService messages{MessageAnswer::No};
+    EXPECT_FALSE(SaveDocumentFile(path, u"x", ShiftJis, LineEnding::CrLf, 0, nullptr));
+    ASSERT_EQ(messages.shown().size(), 1);
+    EXPECT_EQ(messages.shown().front().buttons, MessageButtons::YesNo);
+    EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
+}
+
+// Yes adds the owner's write permission, keeps the other bits, and the file is written; through
+// a link the target is, and the link stays a link.
+TEST(SaveReadOnly, YesMakesTheFileWritableAndSavesIt) {
+    Scratch scratch;
+    const QString direct = scratch.write(QStringLiteral("ro.txt"), QByteArray("old"), 0454);
+    const QString target = scratch.write(QStringLiteral("target.txt"), QByteArray("old"), 0440);
+    const QString link = scratch.path(QStringLiteral("link.txt"));
+    ASSERT_TRUE(QFile::link(target, link));
+    const struct {
+        QString path;
+        QString file;
+        mode_t mode;
+    } cases[] = {{direct, direct, 0654}, {link, target, 0640}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path.toStdString());
+        ScriptedMessageService messages{MessageAnswer::Yes};
+        ASSERT_TRUE(SaveDocumentFile(c.path, u"new", ShiftJis, LineEnding::CrLf, 0, nullptr));
+        EXPECT_EQ(messages.shownIds(), QList<int>{33002});
+        EXPECT_EQ(Scratch::Read(c.file), QByteArray("new"));
+        EXPECT_EQ(Scratch::ModeOf(c.file), c.mode);
+    }
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+}
+
+// The files of /proc refuse every change of permissions, root's too.
+TEST(SaveReadOnly, PermissionThatCannotBeAddedStopsTheSave) {
+    const QString path = QStringLiteral("/proc/self/cmdline");
+    if (!QFileInfo::exists(path) || (Scratch::ModeOf(path) & S_IWUSR) != 0) {
+        GTEST_SKIP() << "no read-only " << path.toStdString();
+    }
+    const QByteArray before = Scratch::Read(path);
+    ScriptedMessageService messages{MessageAnswer::Yes, MessageAnswer::Ok};
+    EXPECT_FALSE(SaveDocumentFile(path, u"x", ShiftJis, LineEnding::CrLf, 0, nullptr));
+    EXPECT_EQ(messages.shownIds(), (QList<int>{33002, 40001}));
+    EXPECT_EQ(messages.shown().back().icon, MessageIcon::Stop);
+    EXPECT_EQ(Scratch::Read(path), before);
+    EXPECT_EQ(Scratch::ModeOf(path) & S_IWUSR, 0u);
+}
+
+// --- What a saved file looks like on disk ------------------------------------------------
+
+TEST(SavePermissions, ReplacedFileKeepsItsModeAndNewFileFollowsTheUmask) {
+    const struct {
+        const char* name;
+        std::optional<mode_t> existing;
+        mode_t umask;
+        mode_t expected;
+    } cases[] = {
+        {"private", 0600, 022, 0600},
+        {"group readable", 0640, 077, 0640},
+        {"executable", 0755, 022, 0755},
+        // What root may do is not what the owner may: no owner execute bit appears.
+        {"group executable", 0654, 022, 0654},
+        {"new, umask 022", std::nullopt, 022, 0644},
+        {"new, umask 077", std::nullopt, 077, 0600},
+    };
+    Scratch scratch;
+    ScriptedMessageService messages;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = scratch.path(QString::fromLatin1(c.name));
+        if (c.existing) {
+            scratch.write(QString::fromLatin1(c.name), QByteArray("old"), *c.existing);
+        }
+        const mode_t previous = ::umask(c.umask);
+        const bool saved = SaveDocumentFile(path, u"new", Utf8N, LineEnding::CrLf, 0, nullptr);
+        ::umask(previous);
+        ASSERT_TRUE(saved);
+        EXPECT_EQ(Scratch::ModeOf(path), c.expected);
+    }
+}
+
+TEST(SaveThroughLink, WritesTheTargetAndKeepsTheLink) {
+    Scratch scratch;
+    ScriptedMessageService messages;
+    const QString target = scratch.write(QStringLiteral("target.txt"), QByteArray("old"), 0600);
+    const QString link = scratch.path(QStringLiteral("link.txt"));
+    // A relative link, as users make them: its target is read from the link's folder.
+    ASSERT_TRUE(QFile::link(QStringLiteral("target.txt"), link));
+    const QString dangling = scratch.path(QStringLiteral("dangling.txt"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("created.txt"), dangling));
+
+    ASSERT_TRUE(SaveDocumentFile(link, u"new", Unicode, LineEnding::CrLf, 0, nullptr));
+    ASSERT_TRUE(SaveDocumentFile(dangling, u"made", Utf8N, LineEnding::CrLf, 0, nullptr));
+
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_EQ(Scratch::Read(target), QByteArray("\xFF\xFEn\0e\0w\0", 8));
+    EXPECT_EQ(Scratch::ModeOf(target), 0600u);
+    EXPECT_TRUE(QFileInfo(dangling).isSymLink());
+    EXPECT_EQ(Scratch::Read(scratch.path(QStringLiteral("created.txt"))), QByteArray("made"));
+}
+
+// --- Running out of memory --------------------------------------------------------------
+
+// Runs the body in a child process whose address space ends a little above what it already
+// uses, and passes when the body shows exactly the out-of-memory box.
+template <typename Body> void ExpectOutOfMemoryBox(Body body) {
+#ifdef KORVEL_ADDRESS_SANITIZER
+    (void)body;
+    GTEST_SKIP() << "the sanitizer's allocator does not survive an address-space limit";
+#else
+    EXPECT_EXIT(
+        {
+            ScriptedMessageService messages{MessageAnswer::Ok};
+            body();
+            std::fprintf(stderr, "boxes:");
+            for (const int id : messages.shownIds()) {
+                std::fprintf(stderr, " %d", id);
+            }
+            std::fprintf(stderr, ".\n");
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0), "boxes: 40000\\.");
+#endif
+}
+
+void LimitAddressSpace() {
+    long pages = 0;
+    if (std::FILE* statm = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(statm, "%ld", &pages) != 1) {
+            pages = 0;
+        }
+        std::fclose(statm);
+    }
+    const rlim_t limit = static_cast<rlim_t>(pages) * ::sysconf(_SC_PAGESIZE) + (64u << 20);
+    const rlimit bound{limit, limit};
+    ::setrlimit(RLIMIT_AS, &bound);
+}
+
+TEST(OutOfMemory, LoadOfAFileLargerThanMemoryShowsTheBox) {
+    Scratch scratch;
+    const QString path = scratch.path(QStringLiteral("huge.txt"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(qint64(512) << 20)); // sparse: no disk space taken
+    file.close();
+    ExpectOutOfMemoryBox([&] {
+        LimitAddressSpace();
+        if (LoadDocumentFile(path, AutoDetect, nullptr)) {
+            std::fprintf(stderr, "loaded\n");
+        }
+    });
+}
+
+TEST(OutOfMemory, SaveWhoseConversionRunsOutLeavesTheFileAlone) {
+    Scratch scratch;
+    const QString path = scratch.write(QStringLiteral("old.txt"), QByteArray("old"));
+    ExpectOutOfMemoryBox([&] {
+        const std::u16string text(std::size_t(64) << 20, u'日');
+        LimitAddressSpace();
+        if (SaveDocumentFile(path, text, Utf8, LineEnding::CrLf, 0, nullptr)) {
+            std::fprintf(stderr, "saved\n");
+        }
+    });
+    EXPECT_EQ(Scratch::Read(path), QByteArray("old"));
+}
+
+} // namespace
+} // namespace korvel

@@ -1,0 +1,414 @@
+// The editor view as a user drives it: files in and out in every code set, the questions on the
+// way, word wrap, fonts and the text-size watch.
+#include "editor/CEditer.h"
+
+#include "editor/EditControl.h"
+#include "editor/EditorText.h"
+#include "editor/ViewFonts.h"
+#include "messages/testing/ScriptedMessageService.h"
+#include "settings/SettingsStore.h"
+
+#include <QFile>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace korvel {
+namespace {
+
+using Answer = MessageAnswer;
+
+const QString kSampleFolder = QStringLiteral("/usr/lib/python3.11/test/cjkencodings/");
+
+QByteArray ReadBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+std::u16string Utf16(const char* utf8) {
+    return QString::fromUtf8(utf8).toStdU16String();
+}
+
+class CEditerTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir_.isValid());
+        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
+        makeView();
+    }
+
+    void makeView() {
+        view_.reset();
+        view_ = std::make_unique<CEditer>(*store_);
+        view_->resize(400, 300);
+        view_->show();
+    }
+
+    QString writeFile(const QString& name, const QByteArray& bytes) {
+        const QString path = dir_.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return path;
+    }
+
+    void setText(const std::u16string& text) { SetEditorText(*view_->document(), text); }
+
+    std::u16string text() const { return EditorText(*view_->document()); }
+
+    // The Open and Save dialogs answer from the test: choose this name and these list items.
+    void chooseInDialog(const QString& name, int optionIndex, int lineEndingIndex = 0) {
+        view_->setBrowseDialog(
+            [this, name, optionIndex, lineEndingIndex](BrowseRequest& request, QWidget*) {
+                lastRequest_ = request;
+                request.folder = dir_.path() + QLatin1Char('/');
+                request.names = {name};
+                request.optionIndex = optionIndex;
+                request.lineEndingIndex = lineEndingIndex;
+                return true;
+            });
+    }
+
+    QTemporaryDir dir_;
+    std::unique_ptr<SettingsStore> store_;
+    std::unique_ptr<CEditer> view_;
+    BrowseRequest lastRequest_;
+};
+
+// ---- Files in and out ----
+
+struct SampleFile {
+    const char* name;
+    TextEncoding encoding;
+};
+
+class SampleRoundTrip : public CEditerTest, public ::testing::WithParamInterface<SampleFile> {};
+
+TEST_P(SampleRoundTrip, OpensWithDetectionAndSavesBackByteForByte) {
+    const QString sample = kSampleFolder + QString::fromLatin1(GetParam().name) + ".txt";
+    const QByteArray original = ReadBytes(sample);
+    if (original.isEmpty())
+        GTEST_SKIP() << "no sample " << sample.toStdString() << " (libpython3.11-testsuite)";
+    const QString path = writeFile(QStringLiteral("sample.txt"), original);
+
+    ScriptedMessageService messages;
+    ASSERT_TRUE(view_->openPath(path));
+    EXPECT_EQ(view_->encoding(), GetParam().encoding);
+    const QByteArray twin = ReadBytes(kSampleFolder + GetParam().name + "-utf8.txt");
+    EXPECT_EQ(QString::fromStdU16String(text()).remove(QLatin1Char('\r')), QString::fromUtf8(twin));
+    EXPECT_FALSE(view_->isModified());
+
+    QFile::remove(path);
+    ASSERT_TRUE(view_->save());
+    EXPECT_EQ(ReadBytes(path), original);
+}
+
+INSTANTIATE_TEST_SUITE_P(PythonSamples, SampleRoundTrip,
+                         ::testing::Values(SampleFile{"shift_jis", TextEncoding::ShiftJis},
+                                           SampleFile{"euc_jp", TextEncoding::Euc},
+                                           SampleFile{"iso2022_jp", TextEncoding::Jis}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(CEditerTest, UnicodeFilesAndLoneBreaksComeBackByteForByte) {
+    const struct {
+        const char* name;
+        QByteArray bytes;
+        TextEncoding encoding;
+        LineEnding lineEnding;
+    } files[] = {
+        {"utf8 with mark", QByteArray("\xEF\xBB\xBF\xE6\x97\xA5\xE6\x9C\xAC\r\nx"),
+         TextEncoding::Utf8, LineEnding::CrLf},
+        {"utf8 without mark", QByteArray("\xE6\x97\xA5\xE6\x9C\xAC\nx\n"), TextEncoding::Utf8N,
+         LineEnding::Lf},
+        {"utf16le", QByteArray("\xFF\xFE\xE5\x65\x2C\x67\x0D\x00\x0A\x00", 10),
+         TextEncoding::Unicode, LineEnding::CrLf},
+        // A CR file that holds lone LFs inside its lines, like a spreadsheet's export.
+        {"cr file with lone lf", QByteArray("a\nb\rc\n\rd\r"), TextEncoding::ShiftJis,
+         LineEnding::Cr},
+        {"crlf file with lone cr and lf", QByteArray("a\rb\r\nc\nd\r\n\r"), TextEncoding::ShiftJis,
+         LineEnding::CrLf},
+    };
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.name);
+        ScriptedMessageService messages;
+        const QString path = writeFile(QStringLiteral("round.txt"), file.bytes);
+        ASSERT_TRUE(view_->openPath(path));
+        EXPECT_EQ(view_->encoding(), file.encoding);
+        EXPECT_EQ(view_->lineEnding(), file.lineEnding);
+        QFile::remove(path);
+        ASSERT_TRUE(view_->save());
+        EXPECT_EQ(ReadBytes(path), file.bytes);
+    }
+}
+
+TEST_F(CEditerTest, EditedTextWithLoneLineFeedsKeepsThemWhereTheyWere) {
+    ScriptedMessageService messages;
+    const QString path = writeFile(QStringLiteral("cells.csv"), QByteArray("x\ny\rz\r"));
+    ASSERT_TRUE(view_->openPath(path));
+    QTextCursor cursor(view_->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(QStringLiteral("new"));
+    ASSERT_TRUE(view_->save());
+    EXPECT_EQ(ReadBytes(path), QByteArray("x\ny\rz\rnew"));
+}
+
+struct SaveCase {
+    const char* name;
+    int encodingChoice; // position in the Save dialog's list
+    int lineEndingChoice;
+    QByteArray expected;
+};
+
+TEST_F(CEditerTest, SaveAsWritesEveryCodeSetAndLineEnding) {
+    // "ｱ日" CR LF "b": half-width katakana and a kanji on one line.
+    const SaveCase cases[] = {
+        {"shift_jis crlf", 0, 0, QByteArray("\xB1\x93\xFA\r\nb")},
+        {"jis lf", 1, 2, QByteArray("\x1B$B%\"F|\x1B(B\nb")},
+        {"euc cr", 2, 1, QByteArray("\x8E\xB1\xC6\xFC\rb")},
+        {"unicode crlf", 3, 0, QByteArray("\xFF\xFE\x71\xFF\xE5\x65\r\0\n\0b\0", 12)},
+        {"utf8 lf", 4, 2, QByteArray("\xEF\xBB\xBF\xEF\xBD\xB1\xE6\x97\xA5\nb")},
+        {"utf8n cr", 5, 1, QByteArray("\xEF\xBD\xB1\xE6\x97\xA5\rb")},
+    };
+    for (const SaveCase& save : cases) {
+        SCOPED_TRACE(save.name);
+        ScriptedMessageService messages;
+        setText(Utf16("ｱ日\r\nb"));
+        const QString name = QString::fromLatin1(save.name).replace(' ', '_') + ".txt";
+        chooseInDialog(name, save.encodingChoice, save.lineEndingChoice);
+        ASSERT_TRUE(view_->saveAs());
+        EXPECT_EQ(ReadBytes(dir_.filePath(name)), save.expected);
+        EXPECT_EQ(view_->path(), dir_.filePath(name));
+        EXPECT_EQ(static_cast<int>(view_->lineEnding()), save.lineEndingChoice);
+        EXPECT_FALSE(view_->isModified());
+    }
+}
+
+TEST_F(CEditerTest, JisSavesFollowTheKatakanaSetting) {
+    ScriptedMessageService messages;
+    store_->write(setting::JIS_KATAKANA_MODE, 1);
+    setText(Utf16("ｱ"));
+    chooseInDialog(QStringLiteral("kana.txt"), 1);
+    ASSERT_TRUE(view_->saveAs());
+    EXPECT_EQ(ReadBytes(dir_.filePath("kana.txt")), QByteArray("\x1B(I1\x1B(B"));
+}
+
+TEST_F(CEditerTest, SaveAsOffersTheDocumentsOwnChoicesFirst) {
+    ScriptedMessageService messages;
+    const QString path = writeFile(QStringLiteral("euc.txt"), QByteArray("\xC6\xFC\n"));
+    ASSERT_TRUE(view_->openPath(path));
+    chooseInDialog(QStringLiteral("copy.txt"), 2, 2);
+    ASSERT_TRUE(view_->saveAs());
+    EXPECT_EQ(lastRequest_.title, QStringLiteral("ファイルへ保存"));
+    EXPECT_EQ(lastRequest_.optionList, QStringLiteral("シフトJIS|JIS|EUC|Unicode|UTF-8|UTF-8N||"));
+    EXPECT_EQ(lastRequest_.optionIndex, 2);     // EUC
+    EXPECT_EQ(lastRequest_.lineEndingIndex, 2); // LF
+    EXPECT_EQ(lastRequest_.name, QStringLiteral("euc.txt"));
+}
+
+TEST_F(CEditerTest, OpenDialogPassesTheChosenCodeSetAndRemembersItsFolder) {
+    ScriptedMessageService messages;
+    // UTF-8 with its mark, opened as "UTF-8N": the mark stays in the text.
+    writeFile(QStringLiteral("marked.txt"), QByteArray("\xEF\xBB\xBFok"));
+    QStringList used;
+    QObject::connect(view_.get(), &CEditer::fileUsed,
+                     [&used](const QString& path) { used << path; });
+    chooseInDialog(QStringLiteral("marked.txt"), 6);
+    ASSERT_TRUE(view_->openWithDialog());
+    EXPECT_EQ(lastRequest_.title, QStringLiteral("ファイルを開く"));
+    EXPECT_EQ(lastRequest_.optionIndex, 0); // "自動判定" preselected
+    EXPECT_EQ(view_->encoding(), TextEncoding::Utf8N);
+    EXPECT_EQ(text(), u"\uFEFFok");
+    EXPECT_EQ(used, QStringList{dir_.filePath("marked.txt")});
+    EXPECT_EQ(view_->lastFolder(), dir_.path() + QLatin1Char('/'));
+}
+
+TEST_F(CEditerTest, RefusalsLeaveTheDocumentAsItWas) {
+    setText(u"keep");
+    {
+        ScriptedMessageService messages{Answer::Ok, Answer::Ok};
+        EXPECT_FALSE(view_->openPath(dir_.filePath("missing.txt")));
+        EXPECT_FALSE(view_->openPath(dir_.path()));
+        EXPECT_EQ(messages.shownIds(), (QList<int>{33003, 33004}));
+    }
+    {
+        ScriptedMessageService messages{Answer::Ok};
+        EXPECT_FALSE(view_->saveDocument(dir_.path(), TextEncoding::ShiftJis, LineEnding::CrLf));
+        EXPECT_EQ(messages.shownIds(), QList<int>{33001});
+    }
+    EXPECT_EQ(text(), u"keep");
+    EXPECT_TRUE(view_->path().isEmpty());
+}
+
+TEST_F(CEditerTest, ReadOnlyFileIsOverwrittenOnlyAfterYes) {
+    const QString path = writeFile(QStringLiteral("locked.txt"), "old");
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup);
+    setText(u"new");
+    {
+        ScriptedMessageService messages{Answer::No};
+        EXPECT_FALSE(view_->saveDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf));
+        EXPECT_EQ(ReadBytes(path), QByteArray("old"));
+    }
+    {
+        ScriptedMessageService messages{Answer::Yes};
+        EXPECT_TRUE(view_->saveDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf));
+        EXPECT_EQ(messages.shownIds(), QList<int>{33002});
+    }
+    EXPECT_EQ(ReadBytes(path), QByteArray("new"));
+    EXPECT_TRUE(QFile::permissions(path) & QFile::WriteOwner);
+}
+
+TEST_F(CEditerTest, FailedSaveKeepsTheOldFileWholeAndTheTextUnsaved) {
+    // A name at the file system's limit: the file exists, but no temporary name beside it fits.
+    const QString name = QString(255 - 4, QLatin1Char('n')) + QStringLiteral(".txt");
+    const QString path = writeFile(name, "old contents");
+    ScriptedMessageService messages{Answer::Ok};
+    setText(u"new");
+    view_->document()->setModified(true);
+    EXPECT_FALSE(view_->saveDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf));
+    EXPECT_EQ(messages.shownIds(), QList<int>{33003});
+    EXPECT_EQ(ReadBytes(path), QByteArray("old contents"));
+    EXPECT_TRUE(view_->isModified());
+}
+
+// ---- Unsaved changes ----
+
+TEST_F(CEditerTest, UnsavedChangesAreAskedAboutBeforeTheyGo) {
+    const QString path = writeFile(QStringLiteral("other.txt"), "other");
+    view_->activeControl()->insertPlainText(QStringLiteral("draft"));
+    ASSERT_TRUE(view_->isModified());
+    {
+        ScriptedMessageService messages{Answer::Cancel, Answer::Cancel};
+        EXPECT_FALSE(view_->openPath(path));
+        EXPECT_FALSE(view_->newDocument());
+        EXPECT_EQ(text(), u"draft");
+    }
+    {
+        // Yes on an untitled text goes through "Save As"; cancelling that keeps everything.
+        ScriptedMessageService messages{Answer::Yes};
+        view_->setBrowseDialog([](BrowseRequest&, QWidget*) { return false; });
+        EXPECT_FALSE(view_->newDocument());
+        EXPECT_EQ(text(), u"draft");
+        EXPECT_EQ(messages.shown().at(0).buttons, MessageButtons::YesNoCancel);
+    }
+    {
+        ScriptedMessageService messages{Answer::No};
+        EXPECT_TRUE(view_->newDocument());
+        EXPECT_EQ(text(), u"");
+        EXPECT_FALSE(view_->isModified());
+        EXPECT_TRUE(view_->path().isEmpty());
+    }
+}
+
+// ---- Word wrap ----
+
+TEST_F(CEditerTest, WordWrapMovesTheTextWithSelectionTopLineAndModifiedState) {
+    std::u16string lines;
+    for (int line = 0; line < 200; ++line)
+        lines += u"line " + QString::number(line).toStdU16String() + u"\r\n";
+    setText(lines);
+    EditControl* before = view_->activeControl();
+    ASSERT_EQ(before, view_->wrappingControl());
+    QTextCursor selection(view_->document());
+    selection.setPosition(view_->document()->findBlockByNumber(120).position() + 1);
+    selection.setPosition(view_->document()->findBlockByNumber(121).position() + 3,
+                          QTextCursor::KeepAnchor);
+    before->setTextCursor(selection);
+    before->ensureCursorVisible();
+    view_->document()->setModified(true);
+    const int topBefore = before->cursorForPosition(QPoint(0, 0)).blockNumber();
+
+    view_->toggleWordWrap();
+    EditControl* after = view_->activeControl();
+    EXPECT_EQ(after, view_->nonWrappingControl());
+    EXPECT_TRUE(after->isVisible());
+    EXPECT_FALSE(before->isVisible());
+    EXPECT_TRUE(before->document()->isEmpty());
+    EXPECT_EQ(after->textCursor().anchor(), selection.anchor());
+    EXPECT_EQ(after->textCursor().position(), selection.position());
+    EXPECT_EQ(after->cursorForPosition(QPoint(0, 0)).blockNumber(), topBefore);
+    EXPECT_TRUE(view_->isModified());
+
+    view_->toggleWordWrap();
+    EXPECT_EQ(view_->activeControl(), view_->wrappingControl());
+    EXPECT_EQ(text(), lines);
+}
+
+TEST_F(CEditerTest, WordWrapOnAnEmptyTextKeepsItEmptyAndUnmodified) {
+    view_->toggleWordWrap();
+    view_->toggleWordWrap();
+    EXPECT_EQ(text(), u"");
+    EXPECT_FALSE(view_->isModified());
+}
+
+// ---- Settings ----
+
+TEST_F(CEditerTest, StartsFromTheSettingsAndWritesItsOwnBack) {
+    view_.reset();
+    store_->write(setting::EDIT_AUTO_ARRANGE, 0);
+    store_->write(setting::FONT_SIZE, 3);
+    store_->write(setting::FILTER_INDEX, 4);
+    store_->write(setting::COLOR_BACKGROUND, 0x00FF0000); // blue, as 0x00BBGGRR
+    makeView();
+    EXPECT_FALSE(view_->wordWrap());
+    EXPECT_EQ(view_->activeControl(), view_->nonWrappingControl());
+    EXPECT_EQ(view_->fontSlot(), 3);
+    EXPECT_EQ(view_->filterIndex(), 4);
+    EXPECT_EQ(view_->activeControl()->palette().color(QPalette::Base), QColor(0, 0, 255));
+
+    view_->toggleWordWrap();
+    view_->setFontSlot(0);
+    view_->setFontSlot(7); // no such slot: ignored
+    view_.reset();
+    EXPECT_EQ(store_->read(setting::EDIT_AUTO_ARRANGE), 1);
+    EXPECT_EQ(store_->read(setting::FONT_SIZE), 0);
+    EXPECT_EQ(store_->read(setting::FILTER_INDEX), 4);
+}
+
+TEST_F(CEditerTest, FontSlotsFollowTheirSettingsInPixels) {
+    EXPECT_EQ(PixelHeightOf(9, 96), 12);
+    EXPECT_EQ(PixelHeightOf(7, 96), 9); // 9.33 truncated
+    EXPECT_EQ(PixelHeightOf(-12, 96), 16);
+
+    store_->write(setting::FONT3_SIZE, 24);
+    store_->write(setting::FONT3_BOLD, 1);
+    store_->write(setting::FONT3_ITALIC, 1);
+    store_->write(setting::TAB_SIZE, 4);
+    makeView();
+    view_->setFontSlot(2);
+    const QFont font = view_->activeControl()->font();
+    EXPECT_EQ(font.pixelSize(), PixelHeightOf(24, view_->logicalDpiY()));
+    EXPECT_TRUE(font.bold());
+    EXPECT_TRUE(font.italic());
+    EXPECT_EQ(view_->nonWrappingControl()->font(), font);
+    EXPECT_DOUBLE_EQ(view_->activeControl()->tabStopDistance(),
+                     QFontMetricsF(font).averageCharWidth() * 4);
+}
+
+// ---- The text-size watch ----
+
+TEST_F(CEditerTest, SizeWatchWarnsNearAndAtTheLimitCountingBreaksAsTwo) {
+    const struct {
+        qsizetype length; // as the program counts it
+        QList<int> shown;
+    } rows[] = {
+        {65280, {}}, {65281, {40010}}, {65534, {40010}}, {65535, {40009}}, {70000, {40009}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.length);
+        // One line break among the characters: it counts for two.
+        std::u16string body(static_cast<size_t>(row.length - 2), u'あ');
+        body.insert(10, u"\r\n");
+        setText(body);
+        ASSERT_EQ(EditorTextLength(*view_->document()), row.length);
+        ScriptedMessageService messages;
+        for (int shown = 0; shown < row.shown.size(); ++shown)
+            messages.script({Answer::Ok});
+        view_->checkTextSize();
+        EXPECT_EQ(messages.shownIds(), row.shown);
+    }
+}
+
+} // namespace
+} // namespace korvel

@@ -1,0 +1,329 @@
+// The main window as a user meets it: the menu, the keys, the tap-and-hold menus, the title,
+// the recently-used files and the questions on closing.
+#include "shell/CMainFrame.h"
+
+#include "editor/CEditer.h"
+#include "editor/EditControl.h"
+#include "editor/EditorText.h"
+#include "messages/testing/ScriptedMessageService.h"
+#include "settings/SettingsStore.h"
+#include "shell/CommandIds.h"
+#include "shell/CommandTable.h"
+#include "shell/RecentFileList.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPointingDevice>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextDocument>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace korvel {
+namespace {
+
+using Answer = MessageAnswer;
+
+// A menu written out one entry per line: "-" for a separator, ">title" for a popup followed by
+// its entries indented, otherwise the item's text and id, "(off)" when disabled.
+QStringList Outline(const QMenu& menu, const QString& indent = {}) {
+    QStringList lines;
+    for (QAction* action : menu.actions()) {
+        if (action->isSeparator()) {
+            lines << indent + QStringLiteral("-");
+        } else if (action->menu() != nullptr) {
+            lines << indent + QStringLiteral(">") + action->text();
+            lines << Outline(*action->menu(), indent + QStringLiteral("  "));
+        } else {
+            lines << indent + action->text() + QStringLiteral(" ") +
+                         QString::number(action->data().toInt()) +
+                         (action->isEnabled() ? QString() : QStringLiteral(" (off)"));
+        }
+    }
+    return lines;
+}
+
+class CMainFrameTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir_.isValid());
+        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
+        frame_ = std::make_unique<CMainFrame>(*store_);
+        frame_->show();
+        frame_->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
+    }
+
+    QString writeFile(const QString& name, const QByteArray& bytes) {
+        const QString path = dir_.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return path;
+    }
+
+    void type(const QString& text) { QTest::keyClicks(frame_->view()->activeControl(), text); }
+
+    std::u16string text() const { return EditorText(*frame_->view()->document()); }
+
+    QTemporaryDir dir_;
+    std::unique_ptr<SettingsStore> store_;
+    std::unique_ptr<CMainFrame> frame_;
+};
+
+TEST_F(CMainFrameTest, MainMenuHoldsEveryItemInItsOrder) {
+    frame_->commands().updateStates();
+    const QStringList expected = {
+        "検索...(&S) 32773 (off)",
+        "置換...(&R) 57641 (off)",
+        "-",
+        ">ファイル(&F)",
+        "  新規作成(&N)\tCtrl+N 57600",
+        "  -",
+        "  開く...(&O)\tCtrl+O 57601",
+        "  上書き保存(&S)\tCtrl+S 57603",
+        "  名前を付けて保存...(&S) 57604",
+        "  -",
+        "  プロパティ...(&P) 32772 (off)",
+        "  -",
+        "  終了(&X) 57665",
+        ">編集(&E)",
+        "  元に戻す(&U)\tCtrl+Z 57643 (off)",
+        "  -",
+        "  切り取り(&T)\tCtrl+X 57635 (off)",
+        "  コピー(&C)\tCtrl+C 57634 (off)",
+        QApplication::clipboard()->text().isEmpty()
+            ? QStringLiteral("  貼り付け(&P)\tCtrl+V 57637 (off)")
+            : QStringLiteral("  貼り付け(&P)\tCtrl+V 57637"),
+        "  ジャンプ...(&G)\tCtrl+G 32774 (off)",
+        "  -",
+        "  全て選択(&A)\tCtrl+A 57642",
+        ">表示(&V)",
+        "  フォント１(&1)\tCtrl+1 32900",
+        "  フォント２(&2)\tCtrl+2 32901",
+        "  フォント３(&3)\tCtrl+3 32902",
+        "  フォント４(&4)\tCtrl+4 32903",
+        "  -",
+        "  右で折り返す(&R)\tCtrl+W 59397",
+        ">ツール(&T)",
+        "  マクロの記録(&R)\tShift+Ctrl+R 32782 (off)",
+        "  マクロの再生(&P)\tShift+Ctrl+P 32783 (off)",
+        "  -",
+        "  マクロのロード(&O)... 32780 (off)",
+        "  マクロを保存(&S)... 32784 (off)",
+        "  -",
+        "  設定(&T)... 32788 (off)",
+        "  -",
+        "  ヘルプトピック(&H) 57670",
+        "  バージョン情報(&A)... 57664 (off)",
+        "-",
+        "最近使ったﾌｧｲﾙ 57616 (off)",
+    };
+    EXPECT_EQ(frame_->mainMenu()->title(), QStringLiteral("ﾒﾆｭｰ"));
+    EXPECT_EQ(Outline(*frame_->mainMenu()), expected);
+    const CommandTable& commands = frame_->commands();
+    EXPECT_TRUE(commands.isChecked(command::FontSlot1 + 1));
+    EXPECT_FALSE(commands.isChecked(command::FontSlot1));
+    EXPECT_TRUE(commands.isChecked(command::WordWrap));
+}
+
+TEST_F(CMainFrameTest, ContextMenuFollowsTheSelectionAndTheRecorder) {
+    type(QStringLiteral("abc"));
+    QMenu* without = frame_->showContextMenu(QPoint(5, 5));
+    EXPECT_EQ(without->title(), QStringLiteral("非選択時"));
+    EXPECT_EQ(Outline(*without),
+              (QStringList{QStringLiteral("貼り付け(&P)\tCtrl+V 57637") +
+                               (QApplication::clipboard()->text().isEmpty() ? " (off)" : ""),
+                           "ジャンプ(&G)...\tCtrl+G 32774 (off)", "すべて選択(&A)\tCtrl+A 57642",
+                           "-", "新規作成(&N)\tCtrl+N 57600", "プロパティ(&O)... 32772 (off)", "-",
+                           "マクロの記録(&R)\tShift+Ctrl+R 32782 (off)", "-",
+                           "ヘルプ トピック(&H)... 57670"}));
+    without->close();
+
+    frame_->view()->selectAll();
+    frame_->setMacroState([] { return false; }, [] { return true; });
+    QMenu* with = frame_->showContextMenu(QPoint(5, 5));
+    EXPECT_EQ(with->title(), QStringLiteral("選択時"));
+    const QStringList outline = Outline(*with);
+    ASSERT_EQ(outline.size(), 10);
+    EXPECT_EQ(outline.at(0), QStringLiteral("検索(&S)...\tCtrl+F 32773 (off)"));
+    EXPECT_EQ(outline.at(3), QStringLiteral("切り取り(&T)\tCtrl+X 57635"));
+    EXPECT_EQ(outline.at(4), QStringLiteral("コピー(&C)\tCtrl+C 57634"));
+    EXPECT_EQ(outline.at(7), QStringLiteral("記録終了(&R)\tShift+Ctrl+R 32782 (off)"));
+    with->close();
+}
+
+QMenu* VisiblePopup() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* popup = qobject_cast<QMenu*>(widget); popup && popup->isVisible())
+            return popup;
+    return nullptr;
+}
+
+TEST_F(CMainFrameTest, RightClickMenuKeyAndHoldOpenTheContextMenu) {
+    QWidget* viewport = frame_->view()->activeControl()->viewport();
+    for (QContextMenuEvent::Reason reason :
+         {QContextMenuEvent::Mouse, QContextMenuEvent::Keyboard}) {
+        QContextMenuEvent request(reason, QPoint(10, 10), viewport->mapToGlobal(QPoint(10, 10)));
+        QApplication::sendEvent(viewport, &request);
+        QMenu* menu = VisiblePopup();
+        ASSERT_NE(menu, nullptr) << reason;
+        EXPECT_EQ(menu->title(), QStringLiteral("非選択時"));
+        menu->close();
+    }
+
+    // A finger held still for the "長め" time.
+    const QPointingDevice finger(
+        QStringLiteral("finger"), 1001, QInputDevice::DeviceType::TouchScreen,
+        QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 1, 0);
+    const QPoint at(20, 20);
+    QMouseEvent press(QEvent::MouseButtonPress, at, viewport->mapToGlobal(at), Qt::LeftButton,
+                      Qt::LeftButton, {}, &finger);
+    QApplication::sendEvent(viewport, &press);
+    EXPECT_EQ(VisiblePopup(), nullptr);
+    QTest::qWait(1100);
+    QMenu* menu = VisiblePopup();
+    ASSERT_NE(menu, nullptr);
+    menu->close();
+}
+
+TEST_F(CMainFrameTest, KeysRunTheirCommands) {
+    type(QStringLiteral("hello"));
+    QTest::keyClick(frame_.get(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(frame_->view()->wordWrap());
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_4, Qt::ControlModifier);
+    EXPECT_EQ(frame_->view()->fontSlot(), 3);
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(frame_->view()->hasSelection());
+    // Tab goes into the text, never to another widget.
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_End);
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_Tab);
+    EXPECT_EQ(text(), u"hello\t");
+    EXPECT_TRUE(frame_->view()->activeControl()->hasFocus());
+
+    ScriptedMessageService messages{Answer::No};
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(messages.shownIds(), QList<int>{30006});
+    EXPECT_EQ(text(), u"");
+}
+
+TEST_F(CMainFrameTest, AcceleratorTableGivesEachKeyToOneCommand) {
+    // Ctrl+Shift+R belongs to the first of its two entries.
+    const QAction* record = frame_->commands().action(command::MacroRecord);
+    EXPECT_TRUE(record->shortcuts().contains(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R)));
+    const QAction* undo = frame_->commands().action(command::EditUndo);
+    EXPECT_EQ(undo->shortcuts(), (QList<QKeySequence>{QKeySequence(Qt::ALT | Qt::Key_Backspace),
+                                                      QKeySequence(Qt::CTRL | Qt::Key_Z)}));
+    QList<QKeySequence> seen;
+    for (QAction* action : frame_->commands().findChildren<QAction*>()) {
+        for (const QKeySequence& key : action->shortcuts()) {
+            EXPECT_FALSE(seen.contains(key)) << key.toString().toStdString();
+            seen << key;
+        }
+    }
+    EXPECT_EQ(seen.size(), 29);
+}
+
+TEST_F(CMainFrameTest, TitleNamesTheFileAndMarksUnsavedChanges) {
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("(新規テキスト)[*]"));
+    const QString path = writeFile(QStringLiteral("メモ.txt"), "memo");
+    ScriptedMessageService messages;
+    ASSERT_TRUE(frame_->openPath(path));
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt[*]"));
+    EXPECT_FALSE(frame_->isWindowModified());
+    type(QStringLiteral("!"));
+    EXPECT_TRUE(frame_->isWindowModified());
+}
+
+TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
+    ScriptedMessageService messages;
+    QStringList paths;
+    for (int index = 0; index < 5; ++index) {
+        paths << writeFile(QStringLiteral("f%1.txt").arg(index), "x");
+        ASSERT_TRUE(frame_->openPath(paths.last()));
+    }
+    ASSERT_TRUE(frame_->openPath(paths.at(2)));
+    EXPECT_EQ(frame_->recentFiles().paths(),
+              (QStringList{paths.at(2), paths.at(4), paths.at(3), paths.at(1)}));
+    EXPECT_EQ(RecentFileList(*store_).paths(), frame_->recentFiles().paths());
+
+    emit frame_->mainMenu()->aboutToShow();
+    const QStringList outline = Outline(*frame_->mainMenu());
+    EXPECT_EQ(outline.mid(outline.size() - 4).first(),
+              "&1 " + paths.at(2) + " " + QString::number(command::RecentFile1));
+
+    QFile::remove(paths.at(4));
+    messages.script({Answer::Ok});
+    frame_->commands().run(command::RecentFile1 + 1);
+    EXPECT_EQ(messages.shownIds(), QList<int>{33003});
+    EXPECT_FALSE(frame_->recentFiles().paths().contains(paths.at(4)));
+
+    frame_->commands().run(command::RecentFile1 + 2);
+    EXPECT_EQ(frame_->view()->path(), paths.at(1));
+}
+
+// ---- Closing ----
+
+TEST_F(CMainFrameTest, ClosingAnUnchangedTextAsksNothing) {
+    ScriptedMessageService messages;
+    EXPECT_TRUE(frame_->close());
+}
+
+TEST_F(CMainFrameTest, ClosingAChangedTextAsksAndHonoursTheAnswer) {
+    const QString path = writeFile(QStringLiteral("keep.txt"), "old");
+    {
+        ScriptedMessageService messages;
+        ASSERT_TRUE(frame_->openPath(path));
+    }
+    type(QStringLiteral("new "));
+    {
+        ScriptedMessageService messages{Answer::Cancel};
+        EXPECT_FALSE(frame_->close());
+        EXPECT_EQ(messages.shown().at(0).buttons, MessageButtons::YesNoCancel);
+    }
+    {
+        // Yes with a save that fails keeps the window open.
+        QFile::setPermissions(path, QFile::ReadOwner);
+        ScriptedMessageService messages{Answer::Yes, Answer::No};
+        EXPECT_FALSE(frame_->close());
+        EXPECT_EQ(messages.shownIds(), (QList<int>{30006, 33002}));
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+    }
+    {
+        ScriptedMessageService messages{Answer::Yes};
+        EXPECT_TRUE(frame_->close());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), QByteArray("new old"));
+    }
+}
+
+TEST_F(CMainFrameTest, ClosingWhileAMacroPlaysIsRefused) {
+    bool playing = true;
+    frame_->setMacroState([&playing] { return playing; }, [] { return false; });
+    type(QStringLiteral("x"));
+    {
+        ScriptedMessageService messages{Answer::Ok};
+        EXPECT_FALSE(frame_->close());
+        EXPECT_EQ(messages.shownIds(), QList<int>{40008});
+    }
+    playing = false;
+    ScriptedMessageService messages{Answer::No};
+    EXPECT_TRUE(frame_->close());
+}
+
+TEST_F(CMainFrameTest, ExitCommandClosesThroughTheSameQuestions) {
+    type(QStringLiteral("x"));
+    ScriptedMessageService messages{Answer::Cancel};
+    frame_->commands().run(command::AppExit);
+    EXPECT_TRUE(frame_->isVisible());
+    EXPECT_EQ(messages.shownIds(), QList<int>{30006});
+}
+
+} // namespace
+} // namespace korvel

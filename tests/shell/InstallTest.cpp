@@ -1,0 +1,285 @@
+#include "shell/AppIcon.h"
+#include "shell/HelpPage.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QHash>
+#include <QIcon>
+#include <QImage>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+#include <gtest/gtest.h>
+#include <memory>
+#include <ostream>
+
+// Readable URLs in failure messages.
+void PrintTo(const QUrl& url, std::ostream* out) {
+    *out << url.toString().toStdString();
+}
+
+namespace korvel {
+namespace {
+
+// Icons need an application; the tests run it on the offscreen platform.
+class Application : public ::testing::Environment {
+public:
+    void SetUp() override { application_ = std::make_unique<QGuiApplication>(argc_, argv_); }
+    void TearDown() override { application_.reset(); }
+
+private:
+    int argc_ = 1;
+    char name_[14] = "install_tests";
+    char* argv_[2] = {name_, nullptr};
+    std::unique_ptr<QGuiApplication> application_;
+};
+
+[[maybe_unused]] ::testing::Environment* const application =
+    ::testing::AddGlobalTestEnvironment(new Application);
+
+QString SourceHelpPage() {
+    return QStringLiteral(KORVEL_SOURCE_DATA_DIR "/help/KORVEL100.htm");
+}
+
+QUrl PageUrl(const QString& path) {
+    QUrl url = QUrl::fromLocalFile(path);
+    url.setFragment(QStringLiteral("MAIN_CONTENTS"));
+    return url;
+}
+
+// The [Desktop Entry] group of a desktop entry file, key -> value.
+QHash<QString, QString> ReadDesktopEntry(const QString& path) {
+    QFile file(path);
+    QHash<QString, QString> entry;
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return entry;
+    bool inGroup = false;
+    while (!file.atEnd()) {
+        const QString line = QString::fromUtf8(file.readLine()).trimmed();
+        if (line.startsWith(u'['))
+            inGroup = line == u"[Desktop Entry]";
+        const qsizetype equals = line.indexOf(u'=');
+        if (inGroup && equals > 0)
+            entry.insert(line.left(equals), line.mid(equals + 1));
+    }
+    return entry;
+}
+
+// One `cmake --install` of the desktop files into a temporary prefix, shared by the tests that
+// look at the result.
+class InstalledTree : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        prefix_ = new QTemporaryDir;
+        QProcess install;
+        install.setProcessChannelMode(QProcess::MergedChannels);
+        install.start(QStringLiteral(KORVEL_CMAKE_COMMAND),
+                      {QStringLiteral("--install"), QStringLiteral(KORVEL_BUILD_DIR),
+                       QStringLiteral("--prefix"), prefix_->path(), QStringLiteral("--component"),
+                       QStringLiteral("desktop")});
+        installed_ = install.waitForFinished(60000) &&
+                     install.exitStatus() == QProcess::NormalExit && install.exitCode() == 0;
+        log_ = QString::fromLocal8Bit(install.readAll()).toStdString();
+    }
+    static void TearDownTestSuite() {
+        delete prefix_;
+        prefix_ = nullptr;
+    }
+    void SetUp() override { ASSERT_TRUE(installed_) << log_; }
+
+    // A path under the prefix; "share" is where the desktop looks ($XDG_DATA_DIRS).
+    static QString installedPath(const QString& relative) {
+        return QDir(prefix_->path()).filePath(relative);
+    }
+
+    static inline QTemporaryDir* prefix_ = nullptr;
+    static inline bool installed_ = false;
+    static inline std::string log_;
+};
+
+TEST_F(InstalledTree, PutsEveryFileWhereTheDesktopLooksForIt) {
+    for (const char* file : {"share/applications/korveledit.desktop",
+                             "share/icons/hicolor/scalable/apps/korveledit.svg",
+                             "share/korveledit/help/KORVEL100.htm"}) {
+        EXPECT_TRUE(QFileInfo(installedPath(QString::fromLatin1(file))).isFile()) << file;
+    }
+    // A theme serves a PNG only for the size its folder names.
+    for (int size : {48, 256}) {
+        const QImage icon(installedPath(
+            QStringLiteral("share/icons/hicolor/%1x%1/apps/korveledit.png").arg(size)));
+        EXPECT_EQ(icon.size(), QSize(size, size));
+    }
+}
+
+TEST_F(InstalledTree, DesktopEntryStartsTheProgramWithItsOwnIcon) {
+    const QHash<QString, QString> entry =
+        ReadDesktopEntry(installedPath(QStringLiteral("share/applications/korveledit.desktop")));
+    EXPECT_EQ(entry.value(QStringLiteral("Exec")), u"korveledit %f");
+    EXPECT_EQ(entry.value(QStringLiteral("StartupWMClass")), u"korveledit");
+    const QString icon = entry.value(QStringLiteral("Icon"));
+    EXPECT_TRUE(QFileInfo(installedPath(
+                              QStringLiteral("share/icons/hicolor/scalable/apps/%1.svg").arg(icon)))
+                    .isFile())
+        << icon.toStdString();
+    EXPECT_TRUE(entry.value(QStringLiteral("MimeType")).split(u';').contains(u"text/plain"));
+}
+
+TEST_F(InstalledTree, DesktopEntryValidates) {
+    const QString validator =
+        QStandardPaths::findExecutable(QStringLiteral("desktop-file-validate"));
+    if (validator.isEmpty())
+        GTEST_SKIP() << "no desktop-file-validate (desktop-file-utils)";
+    QProcess validate;
+    validate.setProcessChannelMode(QProcess::MergedChannels);
+    validate.start(validator,
+                   {installedPath(QStringLiteral("share/applications/korveledit.desktop"))});
+    ASSERT_TRUE(validate.waitForFinished(30000));
+    EXPECT_EQ(validate.exitCode(), 0);
+    // Warnings and hints do not fail the validator, but they name real mistakes.
+    EXPECT_EQ(QString::fromLocal8Bit(validate.readAll()).toStdString(), "");
+}
+
+TEST_F(InstalledTree, HelpPageIsFoundBesideTheInstalledProgram) {
+    ASSERT_TRUE(QDir(prefix_->path()).mkpath(QStringLiteral("bin")));
+    EXPECT_EQ(HelpPageUrl(installedPath(QStringLiteral("bin"))),
+              PageUrl(installedPath(QStringLiteral("share/korveledit/help/KORVEL100.htm"))));
+}
+
+TEST(HelpPage, FallsBackToTheSourceTreeWhenNotInstalled) {
+    const QTemporaryDir elsewhere;
+    EXPECT_EQ(HelpPageUrl(elsewhere.filePath(QStringLiteral("bin"))), PageUrl(SourceHelpPage()));
+}
+
+// Receives what the program hands to the desktop instead of a browser.
+class UrlCatcher : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl& url) { urls.append(url); }
+};
+
+TEST(HelpPage, OpensThePageThroughTheDesktop) {
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+    const bool opened = OpenHelpPage();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    EXPECT_TRUE(opened);
+    EXPECT_EQ(catcher.urls, QList<QUrl>{HelpPageUrl()});
+    EXPECT_EQ(catcher.urls.value(0).fragment(), u"MAIN_CONTENTS");
+}
+
+// The page as an XML reader sees it: ids, in-page link targets, the text, the charset.
+struct PageContents {
+    QString error;
+    QSet<QString> ids;
+    QStringList localLinks;
+    QString text;
+    QString charset;
+};
+
+PageContents ReadPage(const QString& path) {
+    PageContents page;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        page.error = file.errorString();
+        return page;
+    }
+    QXmlStreamReader reader(&file);
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isStartElement()) {
+            const QXmlStreamAttributes attributes = reader.attributes();
+            if (attributes.hasAttribute(QStringLiteral("id")))
+                page.ids.insert(attributes.value(QStringLiteral("id")).toString());
+            const QString href = attributes.value(QStringLiteral("href")).toString();
+            if (href.startsWith(u'#'))
+                page.localLinks.append(href.mid(1));
+            if (reader.name() == u"meta" && attributes.hasAttribute(QStringLiteral("charset")))
+                page.charset = attributes.value(QStringLiteral("charset")).toString();
+        } else if (reader.isCharacters()) {
+            page.text += reader.text();
+        }
+    }
+    if (reader.hasError())
+        page.error =
+            QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString());
+    return page;
+}
+
+TEST(HelpPage, IsWellFormedAndEveryLinkLandsOnASection) {
+    const PageContents page = ReadPage(SourceHelpPage());
+    ASSERT_EQ(page.error.toStdString(), "");
+    EXPECT_EQ(page.charset.toLower(), u"utf-8");
+    EXPECT_TRUE(page.ids.contains(QStringLiteral("MAIN_CONTENTS")));
+    EXPECT_FALSE(page.localLinks.isEmpty());
+    for (const QString& target : page.localLinks)
+        EXPECT_TRUE(page.ids.contains(target)) << "#" << target.toStdString();
+}
+
+TEST(HelpPage, NamesEveryCommandOfTheMainMenu) {
+    // The menu's own texts; the page names them as the menu shows them, without the mnemonic
+    // and the key.
+    static const char16_t* const kMenuTexts[] = {
+        u"検索...(&S)",
+        u"置換...(&R)",
+        u"ファイル(&F)",
+        u"新規作成(&N)\tCtrl+N",
+        u"開く...(&O)\tCtrl+O",
+        u"上書き保存(&S)\tCtrl+S",
+        u"名前を付けて保存...(&S)",
+        u"プロパティ...(&P)",
+        u"終了(&X)",
+        u"編集(&E)",
+        u"元に戻す(&U)\tCtrl+Z",
+        u"切り取り(&T)\tCtrl+X",
+        u"コピー(&C)\tCtrl+C",
+        u"貼り付け(&P)\tCtrl+V",
+        u"ジャンプ...(&G)\tCtrl+G",
+        u"全て選択(&A)\tCtrl+A",
+        u"表示(&V)",
+        u"フォント１(&1)\tCtrl+1",
+        u"フォント２(&2)\tCtrl+2",
+        u"フォント３(&3)\tCtrl+3",
+        u"フォント４(&4)\tCtrl+4",
+        u"右で折り返す(&R)\tCtrl+W",
+        u"ツール(&T)",
+        u"マクロの記録(&R)\tShift+Ctrl+R",
+        u"マクロの再生(&P)\tShift+Ctrl+P",
+        u"マクロのロード(&O)...",
+        u"マクロを保存(&S)...",
+        u"設定(&T)...",
+        u"ヘルプトピック(&H)",
+        u"バージョン情報(&A)...",
+        u"最近使ったﾌｧｲﾙ",
+    };
+    const QRegularExpression mnemonic(QStringLiteral("\\(&.\\)|\\t.*$"));
+    const PageContents page = ReadPage(SourceHelpPage());
+    ASSERT_EQ(page.error.toStdString(), "");
+    for (const char16_t* text : kMenuTexts) {
+        const QString shown = QString::fromUtf16(text).remove(mnemonic);
+        EXPECT_TRUE(page.text.contains(shown)) << shown.toStdString();
+    }
+}
+
+TEST(ApplicationIcon, ComesFromTheProgramsOwnFilesWhenNoThemeHasIt) {
+    const QTemporaryDir noThemes;
+    const QStringList searchPaths = QIcon::themeSearchPaths();
+    QIcon::setThemeSearchPaths({noThemes.path()});
+    const QIcon icon = ApplicationIcon();
+    QIcon::setThemeSearchPaths(searchPaths);
+    const QList<QSize> sizes = icon.availableSizes();
+    EXPECT_TRUE(sizes.contains(QSize(48, 48)));
+    EXPECT_TRUE(sizes.contains(QSize(256, 256)));
+}
+
+} // namespace
+} // namespace korvel
+
+#include "InstallTest.moc"
