@@ -23,6 +23,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -229,7 +230,11 @@ FileBrowserDialog::FileBrowserDialog(BrowseRequest& request, FileClipboard& clip
 
     if ((request.flags & flag::EnableHook) != 0 && request.hook)
         new HookFilter(this, request.hook);
-    resize(480, 640);
+    // The handheld's portrait screen, or as much of a smaller screen as there is.
+    QSize size(480, 640);
+    if (const QScreen* display = parent != nullptr ? parent->screen() : screen())
+        size = size.boundedTo(display->availableGeometry().size());
+    resize(size);
 }
 
 FileBrowserDialog::~FileBrowserDialog() = default;

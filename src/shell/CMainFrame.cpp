@@ -15,6 +15,7 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QVBoxLayout>
 
 namespace korvel {
@@ -64,7 +65,8 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
 
     updateTitle();
     commands_->updateStates();
-    resize(800, 600);
+    // A comfortable size on a desktop; a small screen gets the whole of itself.
+    resize(QSize(800, 600).boundedTo(screen()->availableGeometry().size()));
     view_->setFocus();
 }
 
