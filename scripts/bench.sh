@@ -1,16 +1,20 @@
 #!/usr/bin/env bash
 # Builds the benchmarks (Release) in build-bench/, builds the corpus when it is missing, then
-# runs the Google Benchmark program and bench/compare.sh (korvelconv against iconv, uconv, nkf).
+# runs the Google Benchmark programs (the encoding engine on the corpus; the file list on a
+# folder of 10,000 entries against ls -l) and bench/compare.sh (korvelconv against iconv, uconv,
+# nkf).
 # Usage: scripts/bench.sh [--quick] [korvel_bench arguments, e.g. --benchmark_filter=Detect]
-#   --quick  8 MiB slices and short runs for the Google Benchmark program, 3 runs per tool in
+#   --quick  8 MiB slices and short runs for the Google Benchmark programs, 3 runs per tool in
 #            compare.sh
-# Environment: KORVEL_CORPUS (default <repo>/corpus), KORVEL_BENCH_SLICE, RUNS, CASES
+# Environment: KORVEL_CORPUS (default <repo>/corpus), KORVEL_BENCH_SLICE, RUNS, CASES,
+#              BENCH_BUILD_DIR (default build-bench)
 # The corpus (about 520 MB) is made by bench/make-corpus.py from the Debian packages that
 # "scripts/install-deps.sh bench" installs.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
 export KORVEL_CORPUS="${KORVEL_CORPUS:-$root/corpus}"
+build_dir="${BENCH_BUILD_DIR:-build-bench}"
 
 bench_args=()
 if [ "${1:-}" = "--quick" ]; then
@@ -21,9 +25,9 @@ if [ "${1:-}" = "--quick" ]; then
 fi
 
 scripts/install-deps.sh bench
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORVEL_BUILD_BENCH=ON \
-    -DKORVEL_BUILD_GUI=OFF -DKORVEL_BUILD_TESTS=OFF >/dev/null
-cmake --build build-bench -j "$(nproc)" --target korvel_bench korvelconv
+cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORVEL_BUILD_BENCH=ON \
+    -DKORVEL_BUILD_GUI=ON -DKORVEL_BUILD_TESTS=OFF >/dev/null
+cmake --build "$build_dir" -j "$(nproc)" --target korvel_bench korvel_listing_bench korvelconv
 
 # make-corpus.py writes stats.json last, so its presence means a finished corpus.
 if [ ! -f "$KORVEL_CORPUS/stats.json" ]; then
@@ -31,6 +35,8 @@ if [ ! -f "$KORVEL_CORPUS/stats.json" ]; then
     python3 bench/make-corpus.py "$KORVEL_CORPUS"
 fi
 
-build-bench/bench/korvel_bench "${bench_args[@]}" "$@"
+"$build_dir/bench/korvel_bench" "${bench_args[@]}" "$@"
 echo
-bench/compare.sh build-bench/src/korvelconv/korvelconv
+"$build_dir/bench/korvel_listing_bench" "${bench_args[@]}"
+echo
+bench/compare.sh "$build_dir/src/korvelconv/korvelconv"

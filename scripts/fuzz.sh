@@ -2,17 +2,18 @@
 # Builds the libFuzzer targets (clang, AddressSanitizer, UBSan) in build-fuzz/ and runs each for
 # a bounded time, starting from the seeds in fuzz/seeds/<target>/.
 # Usage: scripts/fuzz.sh [TARGET...]   (default: every target)
-# Environment: FUZZ_SECONDS   seconds per target (default 60)
-# Inputs that found new code paths are kept in build-fuzz/corpus/<target>/ for the next run;
-# an input that crashed or broke a property is written to build-fuzz/findings/<target>/, and
+# Environment: FUZZ_SECONDS    seconds per target (default 60)
+#              FUZZ_BUILD_DIR  build folder (default build-fuzz)
+# Inputs that found new code paths are kept in <build folder>/corpus/<target>/ for the next run;
+# an input that crashed or broke a property is written to <build folder>/findings/<target>/, and
 # the script then exits with status 1.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-targets=(detection_fuzzer shiftjis_utf8_fuzzer jis_euc_fuzzer document_fuzzer)
+targets=(detection_fuzzer shiftjis_utf8_fuzzer jis_euc_fuzzer document_fuzzer shortcut_fuzzer)
 [ $# -gt 0 ] && targets=("$@")
 seconds="${FUZZ_SECONDS:-60}"
-build_dir=build-fuzz
+build_dir="${FUZZ_BUILD_DIR:-build-fuzz}"
 
 scripts/install-deps.sh fuzz
 cmake -S . -B "$build_dir" -G Ninja -DCMAKE_CXX_COMPILER=clang++ \

@@ -12,26 +12,6 @@
 namespace korvel {
 namespace {
 
-// The real boxes need an application; the tests run it on the offscreen platform.
-class Application : public ::testing::Environment {
-public:
-    void SetUp() override {
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        application_ = std::make_unique<QApplication>(argc_, argv_);
-    }
-    void TearDown() override { application_.reset(); }
-
-private:
-    int argc_ = 1;
-    char name_[14] = "messages_test";
-    char* argv_[2] = {name_, nullptr};
-    std::unique_ptr<QApplication> application_;
-};
-
-[[maybe_unused]] ::testing::Environment* const application =
-    ::testing::AddGlobalTestEnvironment(new Application);
-
 // Waits for the box that the code under test puts up and hands it to `act`, which must end it
 // the way a user would. A box left open fails the test instead of hanging it.
 class UserAtTheBox {

@@ -4,7 +4,8 @@
 
 namespace {
 
-// The widgets need an application; the tests run it on the offscreen platform.
+// Widgets need an application. It lives for the whole test program, from before the first test
+// to after the last, on the offscreen platform unless the caller asked for another.
 class Application : public ::testing::Environment {
 public:
     void SetUp() override {
@@ -16,7 +17,7 @@ public:
 
 private:
     int argc_ = 1;
-    char name_[14] = "browser_tests";
+    char name_[12] = "korvel_test";
     char* argv_[2] = {name_, nullptr};
     std::unique_ptr<QApplication> application_;
 };
