@@ -185,10 +185,10 @@ void EditControl::insertFromMimeData(const QMimeData* source) {
     std::u16string text = TextFromMimeData(*source);
     QTextCursor cursor = textCursor();
     if (!movingWithin_) {
-        const qsizetype fits = room(EditorTextLength(cursor));
-        if (static_cast<qsizetype>(text.size()) > fits) {
+        const qsizetype space = room(EditorTextLength(cursor));
+        if (static_cast<qsizetype>(text.size()) > space) {
             refuseInput();
-            text.resize(FittingLength(text, fits));
+            text.resize(FittingLength(text, space));
         }
     }
     if (text.empty())

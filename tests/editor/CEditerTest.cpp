@@ -8,11 +8,13 @@
 #include "messages/testing/ScriptedMessageService.h"
 #include "settings/SettingsStore.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -334,6 +336,23 @@ TEST_F(CEditerTest, WordWrapMovesTheTextWithSelectionTopLineAndModifiedState) {
     view_->toggleWordWrap();
     EXPECT_EQ(view_->activeControl(), view_->wrappingControl());
     EXPECT_EQ(text(), lines);
+}
+
+TEST_F(CEditerTest, WordWrapDecidesWhetherALongLineBreaksOnScreen) {
+    setText(std::u16string(2000, u'x') + u"\r\nshort");
+    const auto rowsOfFirstLine = [this] {
+        const QTextBlock block = view_->document()->firstBlock();
+        return block.layout() != nullptr ? block.layout()->lineCount() : 0;
+    };
+    QApplication::processEvents();
+    EXPECT_GT(rowsOfFirstLine(), 1);
+    view_->toggleWordWrap();
+    QApplication::processEvents();
+    EXPECT_EQ(rowsOfFirstLine(), 1);
+    EXPECT_GT(view_->activeControl()->horizontalScrollBar()->maximum(), 0);
+    view_->toggleWordWrap();
+    QApplication::processEvents();
+    EXPECT_GT(rowsOfFirstLine(), 1);
 }
 
 TEST_F(CEditerTest, WordWrapOnAnEmptyTextKeepsItEmptyAndUnmodified) {

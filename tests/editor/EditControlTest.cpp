@@ -9,13 +9,11 @@
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QUrl>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 
 namespace korvel {
@@ -49,6 +47,14 @@ QMimeData* ForeignText(const QString& text) {
     auto* data = new QMimeData;
     data->setText(text);
     return data;
+}
+
+// gtest names allow no "-".
+template <typename Case> std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
+    std::string name = info.param.name;
+    for (char& c : name)
+        c = c == '-' ? '_' : c;
+    return name;
 }
 
 class EditControlTest : public ::testing::Test {
@@ -201,14 +207,9 @@ TEST_P(EditControlLimit, HoldsInputToTheLimit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, EditControlLimit, ::testing::ValuesIn(kLimits),
-                         [](const auto& info) {
-                             std::string name = info.param.name;
-                             for (char& c : name)
-                                 c = c == '-' ? '_' : c;
-                             return name;
-                         });
+                         CaseName<LimitCase>);
 
-TEST_F(EditControlTest, DefaultLimitIsTheDesignedOne) {
+TEST_F(EditControlTest, DefaultLimitIs65536Characters) {
     EXPECT_EQ(edit_->textLimit(), 65536);
     std::u16string full;
     while (full.size() + 65 <= 65534)

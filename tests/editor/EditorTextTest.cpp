@@ -1,7 +1,6 @@
 #include "editor/EditorText.h"
 
 #include <QPlainTextEdit>
-#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <gtest/gtest.h>
@@ -11,6 +10,14 @@
 
 namespace korvel {
 namespace {
+
+// gtest names allow no "-".
+template <typename Case> std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
+    std::string name = info.param.name;
+    for (char& c : name)
+        c = c == '-' ? '_' : c;
+    return name;
+}
 
 struct TextCase {
     const char* name;
@@ -140,26 +147,7 @@ TEST_P(EditorTextRoundTrip, InsertedTextComesBackInItsPlace) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, EditorTextRoundTrip, ::testing::ValuesIn(kTexts),
-                         [](const auto& info) {
-                             std::string name = info.param.name;
-                             for (char& c : name)
-                                 c = c == '-' ? '_' : c;
-                             return name;
-                         });
-
-TEST(NeedsMarks, TellsWhichTextsInsertTextWouldChange) {
-    EXPECT_FALSE(NeedsMarks(u""));
-    EXPECT_FALSE(NeedsMarks(u"plain\ttext\u240A\u00A0"));
-    EXPECT_FALSE(NeedsMarks(u"a\r\nb"));
-    EXPECT_TRUE(NeedsMarks(u"a\rb"));
-    EXPECT_TRUE(NeedsMarks(u"a\nb"));
-    EXPECT_TRUE(NeedsMarks(u"a\r\n\n"));
-    EXPECT_TRUE(NeedsMarks(u"\u2028"));
-    EXPECT_TRUE(NeedsMarks(u"\u2029"));
-    EXPECT_TRUE(NeedsMarks(u"\uFDD0"));
-    EXPECT_TRUE(NeedsMarks(u"\uFDD1"));
-    EXPECT_TRUE(NeedsMarks(u"\uFFFC"));
-}
+                         CaseName<TextCase>);
 
 // Editing next to marks, the way the edit control's own typing and deleting do it.
 struct EditCase {
@@ -219,12 +207,7 @@ TEST_P(EditorTextEdit, KeepsMarksAndUndoRestoresThem) {
     EXPECT_EQ(EditorText(*document_), edit.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Edits, EditorTextEdit, ::testing::ValuesIn(kEdits), [](const auto& info) {
-    std::string name = info.param.name;
-    for (char& c : name)
-        c = c == '-' ? '_' : c;
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Edits, EditorTextEdit, ::testing::ValuesIn(kEdits), CaseName<EditCase>);
 
 TEST_F(EditorTextTest, LargeTextWithScatteredMarksRoundTrips) {
     std::u16string text;
