@@ -24,8 +24,6 @@ namespace {
 
 constexpr int kUntitledTitle = 35032;
 constexpr int kMessageMacroPlaying = 40008;
-constexpr int kMessageSaveChanges = 30006;
-constexpr int kMessageCannotAccess = 33003;
 
 } // namespace
 
@@ -132,21 +130,11 @@ bool CMainFrame::openPath(const QString& path) {
 
 void CMainFrame::openRecentFile(int index) {
     const QString path = recentFiles_->paths().value(index);
-    if (path.isEmpty())
+    if (path.isEmpty() || openPath(path))
         return;
-    if (QFileInfo::exists(path)) {
-        openPath(path);
-        return;
-    }
-    // A file that has gone is said once and leaves the list.
-    MessageRequest request;
-    request.id = kMessageCannotAccess;
-    request.arguments = {path};
-    request.icon = MessageIcon::Stop;
-    request.topmost = true;
-    request.parent = this;
-    ShowMessage(request);
-    recentFiles_->remove(path);
+    // A file that has gone has been reported by the open; it leaves the list.
+    if (!QFileInfo::exists(path))
+        recentFiles_->remove(path);
 }
 
 QMenu* CMainFrame::showContextMenu(QPoint position) {
@@ -186,18 +174,9 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    if (view_->isModified()) {
-        MessageRequest request;
-        request.id = kMessageSaveChanges;
-        request.buttons = MessageButtons::YesNoCancel;
-        request.icon = MessageIcon::Question;
-        request.defaultButton = MessageAnswer::Yes;
-        request.parent = this;
-        const MessageAnswer answer = ShowMessage(request);
-        if (answer == MessageAnswer::Cancel || (answer == MessageAnswer::Yes && !view_->save())) {
-            event->ignore();
-            return;
-        }
+    if (!view_->maySetTextAside()) {
+        event->ignore();
+        return;
     }
     event->accept();
 }
