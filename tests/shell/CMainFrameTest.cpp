@@ -206,6 +206,12 @@ TEST_F(CMainFrameTest, KeysRunTheirCommands) {
     EXPECT_EQ(text(), u"hello\t");
     EXPECT_TRUE(frame_->view()->activeControl()->hasFocus());
 
+    // Ctrl+M: the main menu, from the left edge.
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_M, Qt::ControlModifier);
+    ASSERT_EQ(VisiblePopup(), frame_->mainMenu());
+    EXPECT_EQ(frame_->mainMenu()->pos().x(), frame_->mapToGlobal(QPoint(0, 0)).x());
+    frame_->mainMenu()->close();
+
     ScriptedMessageService messages{Answer::No};
     QTest::keyClick(frame_->view()->activeControl(), Qt::Key_N, Qt::ControlModifier);
     EXPECT_EQ(messages.shownIds(), QList<int>{30006});
