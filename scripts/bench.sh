@@ -40,3 +40,4 @@ echo
 "$build_dir/bench/korvel_listing_bench" "${bench_args[@]}"
 echo
 bench/compare.sh "$build_dir/src/korvelconv/korvelconv"
+BENCH_BUILD_DIR="$build_dir" scripts/bench-editor.sh # the editor against a bare Qt program

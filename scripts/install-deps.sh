@@ -10,7 +10,7 @@ for need in "$@"; do
     test) packages+=(libgtest-dev libgmock-dev libpython3.11-testsuite desktop-file-utils) ;;
     bench) packages+=(libbenchmark-dev nkf icu-devtools libc-bin time python3 manpages manpages-dev
                       manpages-ja manpages-ja-dev debian-policy-ja aptitude-doc-ja
-                      libpython3.11-testsuite) ;;
+                      libpython3.11-testsuite xvfb) ;;
     fuzz) packages+=(clang libclang-rt-14-dev libfuzzer-14-dev) ;;
     *) echo "install-deps.sh: unknown group '$need'" >&2; exit 2 ;;
     esac
