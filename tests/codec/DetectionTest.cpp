@@ -185,19 +185,6 @@ TEST(Detection, DelIsUtf8TextButNoShiftJisOrEucText) {
     }
 }
 
-TEST(Utf8LeadLength, CountsLeadingOneBits) {
-    EXPECT_EQ(Utf8LeadLength(0x7F), -1);
-    EXPECT_EQ(Utf8LeadLength(0xBF), -1);
-    EXPECT_EQ(Utf8LeadLength(0xC0), 2);
-    EXPECT_EQ(Utf8LeadLength(0xDF), 2);
-    EXPECT_EQ(Utf8LeadLength(0xE0), 3);
-    EXPECT_EQ(Utf8LeadLength(0xF7), 4);
-    EXPECT_EQ(Utf8LeadLength(0xFB), 5);
-    EXPECT_EQ(Utf8LeadLength(0xFD), 6);
-    EXPECT_EQ(Utf8LeadLength(0xFE), -1);
-    EXPECT_EQ(Utf8LeadLength(0xFF), -1);
-}
-
 struct LineEndingRow {
     const char* name;
     std::string_view bytes;

@@ -68,34 +68,7 @@ TEST(ParseJisEscape, KnowsEveryRowOfTheTableWithAndWithoutEsc) {
     EXPECT_EQ(ParseJisEscape(notEsc, true, &characterSet, &length), 3);
 }
 
-TEST(HalfKanaToFullWidth, MergesSoundMarksIntoKaToToAndHaToHoOnly) {
-    struct Row {
-        const char* name;
-        std::uint8_t kana;
-        std::uint8_t next;
-        const char* expected; // UTF-8
-        int merged;
-    };
-    const Row rows[] = {
-        {"ka-dakuten", 0xB6, 0xDE, "ガ", 1},
-        {"to-dakuten", 0xC4, 0xDE, "ド", 1},
-        {"ha-dakuten", 0xCA, 0xDE, "バ", 1},
-        {"ho-handakuten", 0xCE, 0xDF, "ポ", 1},
-        {"u-dakuten-kept-apart", 0xB3, 0xDE, "ウ", 0},
-        {"na-dakuten-kept-apart", 0xC5, 0xDE, "ナ", 0},
-        {"ka-handakuten-kept-apart", 0xB6, 0xDF, "カ", 0},
-        {"first", 0xA1, 0, "。", 0},
-        {"wo", 0xA6, 0, "ヲ", 0},
-        {"lone-dakuten", 0xDE, 0, "゛", 0},
-        {"lone-handakuten", 0xDF, 0, "゜", 0},
-    };
-    for (const Row& row : rows) {
-        std::uint8_t scratch[2] = {row.kana, row.next};
-        EXPECT_EQ(HalfKanaToFullWidth(scratch), row.merged) << row.name;
-        EXPECT_EQ(Hex(scratch), Hex(reference::Cp932FromUtf8(row.expected))) << row.name;
-    }
-}
-
+// Sound marks merge into KA to TO and HA to HO only.
 TEST(HalfKanaToFullWidth, EveryKatakanaWithAndWithoutMarkMatchesTheReference) {
     for (unsigned kana = 0xA1; kana <= 0xDF; ++kana) {
         for (const std::uint8_t next : {0x00, 0xDE, 0xDF}) {

@@ -38,11 +38,9 @@ struct DecodeRow {
     std::u16string_view expected;
 };
 
+// Each code on its own is checked against iconv below; these are the codes in context.
 TEST(ShiftJisToUnicode, SubstitutesWhatCp932CannotDecode) {
     const DecodeRow rows[] = {
-        {"hiragana", "\x82\xA0", u"\u3042"},
-        {"katakana-half-width", "\xB1", u"\uFF71"},
-        {"nec-row-13", "\x87\x40", u"\u2460"},
         {"user-defined-area", "\xF0\x40", u"\uE000"},
         {"wave-dash-is-fullwidth-tilde", "\x81\x60", u"\uFF5E"},
         {"lead-then-lf", "\x81\n", u"\uFFFD\n"},
@@ -67,9 +65,6 @@ struct EncodeRow {
 
 TEST(UnicodeToShiftJis, WritesQuestionMarkForWhatCp932Lacks) {
     const EncodeRow rows[] = {
-        {"hiragana", u"\u3042", "\x82\xA0"},
-        {"half-width-katakana", u"\uFF71", "\xB1"},
-        {"euro", u"\u20AC", "?"},
         {"e-acute", u"a\u00E9b", "a?b"},
         {"wave-dash-one-way", u"\u301C", "\x81\x60"},
         {"lone-high-surrogate", u"\xD83Dx", "?x"},

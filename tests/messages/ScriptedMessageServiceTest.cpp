@@ -64,20 +64,6 @@ TEST(ScriptedMessageService, AnswersFromTheScriptInOrder) {
     EXPECT_EQ(messages.unusedAnswers(), 0);
 }
 
-TEST(ScriptedMessageService, StandsInOnlyWhileItLives) {
-    MessageService* const before = &MessageService::current();
-    {
-        ScriptedMessageService outer;
-        EXPECT_EQ(&MessageService::current(), &outer);
-        {
-            ScriptedMessageService inner;
-            EXPECT_EQ(&MessageService::current(), &inner);
-        }
-        EXPECT_EQ(&MessageService::current(), &outer);
-    }
-    EXPECT_EQ(&MessageService::current(), before);
-}
-
 // The failure checks run in blocks of their own: gtest's failure catchers allow no locals.
 MessageAnswer answered;
 
