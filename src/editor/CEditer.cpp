@@ -60,7 +60,11 @@ CEditer::CEditer(SettingsStore& store, QWidget* parent)
             &CEditer::commandStatesChanged);
 
     makeFonts();
-    setFontSlot(store_.read(setting::FONT_SIZE));
+    // A stored slot out of range still leaves the controls with a slot's font.
+    const int slot = store_.read(setting::FONT_SIZE);
+    setFontSlot(slot >= 0 && slot < static_cast<int>(fonts_.size())
+                    ? slot
+                    : setting::FONT_SIZE.defaultValue);
     applyColours();
     lastFolder_ = store_.read(setting::LAST_OPEN_FOLDER);
     filterIndex_ = store_.read(setting::FILTER_INDEX);

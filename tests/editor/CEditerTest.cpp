@@ -386,6 +386,14 @@ TEST_F(CEditerTest, StartsFromTheSettingsAndWritesItsOwnBack) {
     EXPECT_EQ(store_->read(setting::FILTER_INDEX), 4);
 }
 
+TEST_F(CEditerTest, StoredFontSlotOutOfRangeFallsBackToTheDefaultSlot) {
+    view_.reset();
+    store_->write(setting::FONT_SIZE, 9);
+    makeView();
+    EXPECT_EQ(view_->fontSlot(), 1);
+    EXPECT_EQ(view_->activeControl()->font(), view_->slotFont(1));
+}
+
 TEST_F(CEditerTest, FontSlotsFollowTheirSettingsInPixels) {
     EXPECT_EQ(PixelHeightOf(9, 96), 12);
     EXPECT_EQ(PixelHeightOf(7, 96), 9); // 9.33 truncated
