@@ -54,6 +54,29 @@ inline std::uint64_t ByteMask(const std::uint8_t* bytes, std::uint8_t value) {
     return RangeMask(bytes, value, value);
 }
 
+// The UTF-8 sequence structure of one block. owed marks the continuation bytes that the block
+// before still expects at this block's start; nextOwed is the same for the next block. wanted
+// marks where a continuation byte must stand, continuation where one does; the block is well
+// formed where the two agree. Lead bytes of the old five- and six-byte forms count, as the
+// program's UTF-8 always accepted them.
+struct Utf8BlockMasks {
+    std::uint64_t continuation;
+    std::uint64_t leads; // every byte C0..FD
+    std::uint64_t wanted;
+    std::uint64_t nextOwed;
+};
+
+inline Utf8BlockMasks Utf8Masks(const std::uint8_t* block, std::uint64_t owed) {
+    const std::uint64_t from6 = RangeMask(block, 0xFC, 0xFD);
+    const std::uint64_t from5 = from6 | RangeMask(block, 0xF8, 0xFB);
+    const std::uint64_t from4 = from5 | RangeMask(block, 0xF0, 0xF7);
+    const std::uint64_t from3 = from4 | RangeMask(block, 0xE0, 0xEF);
+    const std::uint64_t from2 = from3 | RangeMask(block, 0xC0, 0xDF);
+    return {RangeMask(block, 0x80, 0xBF), from2,
+            owed | from2 << 1 | from3 << 2 | from4 << 3 | from5 << 4 | from6 << 5,
+            from2 >> 63 | from3 >> 62 | from4 >> 61 | from5 >> 60 | from6 >> 59};
+}
+
 // Positions consumed as the second byte of a two-byte character. leads marks the bytes that
 // take the next byte when they stand at a character start; carry says the block's first byte
 // is already taken by the last lead of the block before, and is updated for the next block.

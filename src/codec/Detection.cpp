@@ -95,19 +95,12 @@ std::size_t SkipValidUtf8Blocks(const std::uint8_t* bytes, std::size_t length, b
             }
             continue;
         }
-        const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
-        const std::uint64_t from6 = detail::RangeMask(block, 0xFC, 0xFD);
-        const std::uint64_t from5 = from6 | detail::RangeMask(block, 0xF8, 0xFB);
-        const std::uint64_t from4 = from5 | detail::RangeMask(block, 0xF0, 0xF7);
-        const std::uint64_t from3 = from4 | detail::RangeMask(block, 0xE0, 0xEF);
-        const std::uint64_t from2 = from3 | detail::RangeMask(block, 0xC0, 0xDF);
-        const std::uint64_t wanted =
-            owed | from2 << 1 | from3 << 2 | from4 << 3 | from5 << 4 | from6 << 5;
-        const std::uint64_t validBytes = allowedLow | continuation | from2;
-        if (wanted != continuation || validBytes != ~std::uint64_t{0}) {
+        const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
+        const std::uint64_t validBytes = allowedLow | masks.continuation | masks.leads;
+        if (masks.wanted != masks.continuation || validBytes != ~std::uint64_t{0}) {
             break;
         }
-        owed = from2 >> 63 | from3 >> 62 | from4 >> 61 | from5 >> 60 | from6 >> 59;
+        owed = masks.nextOwed;
         sawHighByte |= high != 0;
     }
     pending = std::popcount(owed);

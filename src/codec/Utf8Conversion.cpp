@@ -44,21 +44,14 @@ bool DecodeWellFormedBlock(const std::uint8_t* block, char16_t*& d, std::uint64_
         d += detail::kMaskBlock;
         return true;
     }
-    const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
-    const std::uint64_t from6 = detail::RangeMask(block, 0xFC, 0xFD);
-    const std::uint64_t from5 = from6 | detail::RangeMask(block, 0xF8, 0xFB);
-    const std::uint64_t from4 = from5 | detail::RangeMask(block, 0xF0, 0xF7);
-    const std::uint64_t from3 = from4 | detail::RangeMask(block, 0xE0, 0xEF);
-    const std::uint64_t from2 = from3 | detail::RangeMask(block, 0xC0, 0xDF);
-    const std::uint64_t wanted =
-        owed | from2 << 1 | from3 << 2 | from4 << 3 | from5 << 4 | from6 << 5;
-    if (wanted != continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
+    const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
+    if (masks.wanted != masks.continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
         return false;
     }
-    for (std::uint64_t starts = ~continuation; starts != 0; starts &= starts - 1) {
+    for (std::uint64_t starts = ~masks.continuation; starts != 0; starts &= starts - 1) {
         *d++ = DecodeWellFormed(block + std::countr_zero(starts));
     }
-    owed = from2 >> 63 | from3 >> 62 | from4 >> 61 | from5 >> 60 | from6 >> 59;
+    owed = masks.nextOwed;
     return true;
 }
 
