@@ -1,11 +1,11 @@
 #include "document/DocumentFiles.h"
 
 #include "document/DocumentBytes.h"
+#include "document/FileReplacement.h"
 #include "messages/MessageService.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <cstdint>
 #include <new>
 #include <span>
@@ -31,8 +31,8 @@ void ShowStop(int id, QWidget* parent, const QString& path = {}, bool topmost = 
                  .parent = parent});
 }
 
-void ShowConversionFailure(CodecStatus status, QWidget* parent) {
-    ShowStop(status == CodecOutOfMemory ? kOutOfMemory : kConversionFailed, parent);
+int ConversionFailureId(CodecStatus status) {
+    return status == CodecOutOfMemory ? kOutOfMemory : kConversionFailed;
 }
 
 // The path's mode bits, links followed.
@@ -49,26 +49,9 @@ bool AddOwnerWrite(const QString& path, mode_t mode) {
     return ::chmod(QFile::encodeName(path).constData(), (mode & 07777) | S_IWUSR) == 0;
 }
 
-// keptMode: the mode of the file being replaced. Qt copies it through its own permission
-// flags, which for root, or for a user who is not the owner, turn what that user may do into
-// owner bits; the temporary file gets the exact bits instead, set-id bits left out since the
-// new file may belong to someone else than the old one did.
-bool WriteWholeFile(const QString& path, const EncodedDocument& encoded,
-                    std::optional<mode_t> keptMode) {
-    QSaveFile file(path);
-    // Writing in place when no temporary file can be made would put the old text at risk.
-    file.setDirectWriteFallback(false);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return false;
-    }
-    if (keptMode && ::fchmod(file.handle(), *keptMode & 0777) != 0) {
-        return false;
-    }
-    // A failed write is remembered and makes the commit fail.
-    for (const std::span<const std::uint8_t> part : {encoded.mark, encoded.body}) {
-        file.write(reinterpret_cast<const char*>(part.data()), static_cast<qint64>(part.size()));
-    }
-    return file.commit();
+bool WriteWholeFile(const QString& path, const EncodedDocument& encoded) {
+    const std::span<const std::uint8_t> parts[] = {encoded.mark, encoded.body};
+    return ReplaceFileContents(QFile::encodeName(path).toStdString(), parts).succeeded();
 }
 
 } // namespace
@@ -109,7 +92,7 @@ std::optional<LoadedDocument> LoadDocumentFile(const QString& path, TextEncoding
         static_cast<std::size_t>(loaded.fileBytes.size()));
     DecodedDocument decoded = DecodeDocumentBytes(bytes, requested);
     if (decoded.status != CodecOk) {
-        ShowConversionFailure(decoded.status, parent);
+        ShowStop(ConversionFailureId(decoded.status), parent);
         return std::nullopt;
     }
     loaded.encoding = decoded.encoding;
@@ -131,6 +114,7 @@ bool SaveDocumentFile(const QString& path, std::u16string_view text, TextEncodin
         ShowStop(kNoAccess, parent, path);
         return false;
     }
+    bool madeWritable = false;
     if (mode && (*mode & S_IWUSR) == 0) {
         const MessageAnswer answer = ShowMessage({.id = kTargetIsReadOnly,
                                                   .arguments = {path},
@@ -145,17 +129,23 @@ bool SaveDocumentFile(const QString& path, std::u16string_view text, TextEncodin
             ShowStop(kReadOnlyNotCleared, parent);
             return false;
         }
-        *mode |= S_IWUSR;
+        madeWritable = true;
     }
+    // A save that does not happen leaves a read-only file read-only.
+    const auto fail = [&](int id, const QString& shownPath) {
+        if (madeWritable) {
+            ::chmod(QFile::encodeName(path).constData(), *mode & 07777);
+        }
+        ShowStop(id, parent, shownPath);
+        return false;
+    };
 
     const EncodedDocument encoded = EncodeDocumentText(text, encoding, lineEnding, jisKatakanaMode);
     if (encoded.status != CodecOk) {
-        ShowConversionFailure(encoded.status, parent);
-        return false;
+        return fail(ConversionFailureId(encoded.status), {});
     }
-    if (!WriteWholeFile(path, encoded, mode)) {
-        ShowStop(kNoAccess, parent, path);
-        return false;
+    if (!WriteWholeFile(path, encoded)) {
+        return fail(kNoAccess, path);
     }
     return true;
 }

@@ -37,8 +37,8 @@ std::optional<LoadedDocument> LoadDocumentFile(const QString& path, TextEncoding
 
 // Writes text (UTF-16, CR LF breaks) to path in the code set (ShiftJis to Unicode) and line
 // ending, mark first where the code set has one; a link is followed and stays a link. The file
-// is replaced only by a complete new one, so a failed save leaves it as it was, and keeps its
-// permissions. On failure or refusal the user has been told and the answer is false.
+// gets the complete new bytes or stays exactly as it was, and keeps its mode, owner and group
+// (FileReplacement.h). On failure or refusal the user has been told and the answer is false.
 bool SaveDocumentFile(const QString& path, std::u16string_view text, TextEncoding encoding,
                       LineEnding lineEnding, int jisKatakanaMode, QWidget* parent);
 

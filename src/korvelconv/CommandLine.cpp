@@ -178,11 +178,13 @@ Reads and writes text files with KorvelEdit's own rules for code sets and line e
   --eol crlf|cr|lf          line ending to write (default: the input's own)
   --jis-katakana full|keep  half-width katakana in JIS output: made full width (default)
                             or kept
-  -o OUT                    write to OUT (default: standard output); OUT is replaced only
-                            once the whole output is written
+  -o OUT                    write to OUT (default: standard output), a regular file or a
+                            new name; OUT is replaced only once the whole output is written,
+                            and keeps its mode, owner and group
   --help                    show this help
 
-Without FILE, or with FILE -, standard input is read.
+FILE must be a regular file. Without FILE, or with FILE -, standard input is read, up to
+1 GiB. File names in --detect's table have control characters and \ written as C escapes.
 Exit status: 0 success, 1 file or conversion error, 2 usage error.
 )";
 }

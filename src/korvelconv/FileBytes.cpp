@@ -1,9 +1,10 @@
 #include "korvelconv/FileBytes.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -41,12 +42,15 @@ private:
 } // namespace
 
 std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& error) {
-    const int fd = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool standardInput = path == "-";
+    // Non-blocking, so that opening a pipe without a writer returns at once to be refused.
+    const int fd =
+        standardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
         error = SystemError(path);
         return std::nullopt;
     }
-    const FileDescriptor closer(path == "-" ? -1 : fd);
+    const FileDescriptor closer(standardInput ? -1 : fd);
 
     struct stat info {};
     if (::fstat(fd, &info) != 0) {
@@ -57,24 +61,17 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
         error = InputName(path) + ": is a folder, not a text file";
         return std::nullopt;
     }
+    const bool regular = S_ISREG(info.st_mode);
+    if (!regular && !standardInput) {
+        error = InputName(path) + ": is not a regular file (give a pipe or a device as standard "
+                                  "input, -)";
+        return std::nullopt;
+    }
+    const std::size_t limit = regular ? SIZE_MAX : kStandardInputLimit;
 
     FileBytes file;
-    const bool regular = S_ISREG(info.st_mode);
-    if (regular && info.st_size > 0) {
-        const auto size = static_cast<std::size_t>(info.st_size);
-        // Detection and conversion sweep the whole file several times, so fault it in at once.
-        void* mapping = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
-        if (mapping != MAP_FAILED) {
-            file.data_ = static_cast<const std::uint8_t*>(mapping);
-            file.length_ = size;
-            file.mapped_ = true;
-            return file;
-        }
-        // Some file systems cannot map; reading still works there.
-    }
-
-    std::size_t capacity =
-        regular ? static_cast<std::size_t>(info.st_size) + kFirstReadBlock : kFirstReadBlock;
+    // One byte more than the size, so that a file that did not change ends with one read.
+    std::size_t capacity = regular ? static_cast<std::size_t>(info.st_size) + 1 : kFirstReadBlock;
     std::size_t length = 0;
     file.readBuffer_.reset(static_cast<std::uint8_t*>(std::malloc(capacity)));
     if (!file.readBuffer_) {
@@ -83,14 +80,19 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
     }
     for (;;) {
         if (length == capacity) {
-            void* grown = std::realloc(file.readBuffer_.get(), capacity * 2);
+            if (capacity >= limit) {
+                error = InputName(path) + ": more than 1 GiB; give a file by name instead";
+                return std::nullopt;
+            }
+            const std::size_t grownCapacity = std::min(capacity * 2, limit);
+            void* grown = std::realloc(file.readBuffer_.get(), grownCapacity);
             if (grown == nullptr) {
                 error = InputName(path) + ": " + std::strerror(ENOMEM);
                 return std::nullopt;
             }
             static_cast<void>(file.readBuffer_.release());
             file.readBuffer_.reset(static_cast<std::uint8_t*>(grown));
-            capacity *= 2;
+            capacity = grownCapacity;
         }
         const ssize_t count = ::read(fd, file.readBuffer_.get() + length, capacity - length);
         if (count < 0) {
@@ -112,12 +114,6 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
 
 FileBytes::FileBytes(FileBytes&& other) noexcept
     : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)),
-      mapped_(std::exchange(other.mapped_, false)), readBuffer_(std::move(other.readBuffer_)) {}
-
-FileBytes::~FileBytes() {
-    if (mapped_) {
-        ::munmap(const_cast<std::uint8_t*>(data_), length_);
-    }
-}
+      readBuffer_(std::move(other.readBuffer_)) {}
 
 } // namespace korvel::conv

@@ -35,10 +35,41 @@ int PrintUsage() {
     return std::fflush(stdout) == 0 ? 0 : kExitFailure;
 }
 
+// A tab or a line break in a file name would forge a column or a row of --detect's table, so
+// control characters and the backslash that introduces the escapes are written as C escapes.
+std::string EscapedName(const std::string& name) {
+    std::string escaped;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        switch (c) {
+        case '\\':
+            escaped += "\\\\";
+            break;
+        case '\t':
+            escaped += "\\t";
+            break;
+        case '\n':
+            escaped += "\\n";
+            break;
+        case '\r':
+            escaped += "\\r";
+            break;
+        default:
+            if (byte < 0x20 || byte == 0x7F) {
+                static constexpr char kHex[] = "0123456789abcdef";
+                escaped += {'\\', 'x', kHex[byte >> 4], kHex[byte & 0xF]};
+            } else {
+                escaped += c;
+            }
+        }
+    }
+    return escaped;
+}
+
 std::string DetectionRow(const std::string& name, std::span<const std::uint8_t> bytes, bool raw) {
     const TextEncoding encoding = DetectTextEncoding(bytes.data(), bytes.size());
     const LineEnding lineEnding = DetectLineEnding(bytes.data(), bytes.size());
-    std::string row = name + '\t';
+    std::string row = EscapedName(name) + '\t';
     if (raw) {
         row += std::to_string(static_cast<std::uint32_t>(encoding)) + '\t' +
                std::to_string(static_cast<std::uint32_t>(lineEnding));
@@ -93,7 +124,7 @@ int RunConvert(const CommandLine& line) {
     }
 
     const std::span<const std::uint8_t> parts[] = {encoded.mark, encoded.body};
-    const bool written = line.outputPath ? ReplaceFileContents(*line.outputPath, parts, error)
+    const bool written = line.outputPath ? WriteOutputFile(*line.outputPath, parts, error)
                                          : WriteStandardOutput(parts, error);
     if (!written) {
         ReportError(error);
@@ -107,6 +138,7 @@ int RunConvert(const CommandLine& line) {
 
 int main(int argc, char** argv) {
     using namespace korvel::conv;
+    korvel::ProtectFileReplacementFromSignals();
     const ParsedCommandLine parsed = ParseCommandLine(argc, argv);
     if (!parsed.error.empty()) {
         ReportError(parsed.error);

@@ -1,7 +1,9 @@
 #include "document/DocumentFiles.h"
 
 #include "DocumentHarness.h"
+#include "ScratchFolder.h"
 #include "messages/testing/ScriptedMessageService.h"
+#include "support/ScopedFileSizeLimit.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -27,8 +29,11 @@
 namespace korvel {
 namespace {
 
+using testing::AsQBytes;
 using testing::Bytes;
 using testing::Hex;
+using testing::RunningAsRoot;
+using testing::Scratch;
 using enum TextEncoding;
 
 constexpr TextEncoding kSaveEncodings[] = {ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode};
@@ -38,11 +43,6 @@ constexpr LineEnding kLineEndings[] = {LineEnding::CrLf, LineEnding::Cr, LineEnd
 // when half-width katakana are kept.
 constexpr std::u16string_view kJapaneseText =
     u"日本語のテキスト、“記号”と全角ＡＢＣ。\r\nｶﾀｶﾅ and ASCII 123\r\n\r\n末尾の行";
-
-QByteArray AsQBytes(const Bytes& bytes) {
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()),
-                      static_cast<qsizetype>(bytes.size()));
-}
 
 Bytes AsBytes(const QByteArray& bytes) {
     return Bytes(bytes.begin(), bytes.end());
@@ -64,76 +64,6 @@ Bytes Concat(std::initializer_list<Bytes> parts) {
     }
     return all;
 }
-
-bool RunningAsRoot() {
-    return ::geteuid() == 0;
-}
-
-// A real folder for one test, made writable again before it goes so that cleaning up works
-// after a test took write permission away.
-class Scratch {
-public:
-    QString path(const QString& name) const { return dir_.path() + u'/' + name; }
-
-    QString write(const QString& name, const QByteArray& bytes, mode_t mode = 0644) const {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
-        file.write(bytes);
-        file.close();
-        EXPECT_EQ(::chmod(QFile::encodeName(path(name)).constData(), mode), 0);
-        return path(name);
-    }
-    QString write(const QString& name, const Bytes& bytes, mode_t mode = 0644) const {
-        return write(name, AsQBytes(bytes), mode);
-    }
-
-    // Every entry below the folder with its kind, mode and bytes: what a failed save must
-    // leave exactly as it was.
-    std::string snapshot() const {
-        QStringList entries;
-        QDirIterator it(dir_.path(),
-                        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            const QString entry = it.next();
-            const QFileInfo info(entry);
-            QString line = entry.mid(dir_.path().size() + 1);
-            if (info.isSymLink()) {
-                line += QStringLiteral(" -> ") + info.symLinkTarget();
-            } else {
-                line += QStringLiteral(" %1").arg(StatusOf(entry).st_mode, 0, 8);
-                if (info.isFile()) {
-                    line += u' ' + QString::fromLatin1(Read(entry).toHex(' '));
-                }
-            }
-            entries.append(line);
-        }
-        entries.sort();
-        return entries.join(u'\n').toStdString();
-    }
-
-    static QByteArray Read(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-    }
-    static struct stat StatusOf(const QString& path) {
-        struct stat status {};
-        ::stat(QFile::encodeName(path).constData(), &status);
-        return status;
-    }
-    static mode_t ModeOf(const QString& path) { return StatusOf(path).st_mode & 07777; }
-
-    ~Scratch() {
-        QDirIterator it(dir_.path(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            ::chmod(QFile::encodeName(it.next()).constData(), 0755);
-        }
-    }
-
-private:
-    QTemporaryDir dir_;
-};
 
 // The one box a failure shows.
 void ExpectOneBox(const ScriptedMessageService& messages, int id, MessageIcon icon, bool topmost,
@@ -354,12 +284,8 @@ struct SaveFailure {
     int id;
     MessageIcon icon;
     bool needsUnprivilegedUser = false;
+    bool diskFull = false;
 };
-
-// A name that fits, while any temporary name made from it does not.
-QString LongName() {
-    return QString(250, u'a') + QStringLiteral(".txt");
-}
 
 const SaveFailure kSaveFailures[] = {
     {"Folder",
@@ -371,9 +297,9 @@ const SaveFailure kSaveFailures[] = {
     {"ReadOnlyKept",
      [](const Scratch& s) { return s.write(QStringLiteral("ro.txt"), QByteArray("old"), 0444); },
      MessageAnswer::No, 33002, MessageIcon::Question},
-    {"NoRoomForTheTemporaryFile",
-     [](const Scratch& s) { return s.write(LongName(), QByteArray("old bytes")); },
-     MessageAnswer::Ok, 33003, MessageIcon::Stop},
+    {"DiskFull",
+     [](const Scratch& s) { return s.write(QStringLiteral("old.txt"), QByteArray("old bytes")); },
+     MessageAnswer::Ok, 33003, MessageIcon::Stop, false, true},
     {"Pipe",
      [](const Scratch& s) {
          ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
@@ -408,7 +334,13 @@ TEST_P(SaveFails, ShowsItsBoxAndLeavesTheFolderAsItWas) {
     const std::string before = scratch.snapshot();
     ScriptedMessageService messages{c.answer};
 
-    EXPECT_FALSE(SaveDocumentFile(path, u"新しい\r\ntext", Utf8, LineEnding::CrLf, 0, nullptr));
+    {
+        std::optional<testing::ScopedFileSizeLimit> disk;
+        if (c.diskFull) {
+            disk.emplace(4);
+        }
+        EXPECT_FALSE(SaveDocumentFile(path, u"新しい\r\ntext", Utf8, LineEnding::CrLf, 0, nullptr));
+    }
     ExpectOneBox(messages, c.id, c.icon, false, path);
     EXPECT_EQ(scratch.snapshot(), before);
 }
@@ -450,6 +382,19 @@ TEST(SaveReadOnly, YesMakesTheFileWritableAndSavesIt) {
         EXPECT_EQ(Scratch::ModeOf(c.file), c.mode);
     }
     EXPECT_TRUE(QFileInfo(link).isSymLink());
+}
+
+TEST(SaveReadOnly, ASaveThatFailsAfterYesLeavesTheFileReadOnly) {
+    Scratch scratch;
+    const QString path = scratch.write(QStringLiteral("ro.txt"), QByteArray("old bytes"), 0444);
+    const std::string before = scratch.snapshot();
+    ScriptedMessageService messages{MessageAnswer::Yes, MessageAnswer::Ok};
+    {
+        const testing::ScopedFileSizeLimit diskFull(4);
+        EXPECT_FALSE(SaveDocumentFile(path, u"new text", ShiftJis, LineEnding::CrLf, 0, nullptr));
+    }
+    EXPECT_EQ(messages.shownIds(), (QList<int>{33002, 33003}));
+    EXPECT_EQ(scratch.snapshot(), before);
 }
 
 // The files of /proc refuse every change of permissions, root's too.

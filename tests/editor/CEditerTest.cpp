@@ -7,6 +7,7 @@
 #include "editor/ViewFonts.h"
 #include "messages/testing/ScriptedMessageService.h"
 #include "settings/SettingsStore.h"
+#include "support/ScopedFileSizeLimit.h"
 
 #include <QApplication>
 #include <QFile>
@@ -263,13 +264,14 @@ TEST_F(CEditerTest, ReadOnlyFileIsOverwrittenOnlyAfterYes) {
 }
 
 TEST_F(CEditerTest, FailedSaveKeepsTheOldFileWholeAndTheTextUnsaved) {
-    // A name at the file system's limit: the file exists, but no temporary name beside it fits.
-    const QString name = QString(255 - 4, QLatin1Char('n')) + QStringLiteral(".txt");
-    const QString path = writeFile(name, "old contents");
+    const QString path = writeFile(QStringLiteral("full.txt"), "old contents");
     ScriptedMessageService messages{Answer::Ok};
-    setText(u"new");
+    setText(u"new text, longer than the disk has room for");
     view_->document()->setModified(true);
-    EXPECT_FALSE(view_->saveDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf));
+    {
+        const testing::ScopedFileSizeLimit diskFull(4);
+        EXPECT_FALSE(view_->saveDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf));
+    }
     EXPECT_EQ(messages.shownIds(), QList<int>{33003});
     EXPECT_EQ(ReadBytes(path), QByteArray("old contents"));
     EXPECT_TRUE(view_->isModified());

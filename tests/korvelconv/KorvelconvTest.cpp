@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +11,9 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -88,8 +93,10 @@ protected:
     }
 
     // Runs korvelconv; standard input is the given bytes through a pipe, or /dev/null.
+    // inChild runs in the child before korvelconv starts (limits, signal dispositions).
     RunResult Run(const std::vector<std::string>& args,
-                  const std::optional<std::string>& input = std::nullopt) const {
+                  const std::optional<std::string>& input = std::nullopt,
+                  void (*inChild)() = nullptr) const {
         std::vector<std::string> all = {KORVELCONV_PATH};
         all.insert(all.end(), args.begin(), args.end());
         std::vector<char*> argv;
@@ -115,6 +122,11 @@ protected:
             ::dup2(in, STDIN_FILENO);
             ::dup2(::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
             ::dup2(::open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+            // A run that waits for ever fails instead of hanging the suite.
+            ::alarm(30);
+            if (inChild != nullptr) {
+                inChild();
+            }
             ::execv(argv[0], argv.data());
             ::_exit(127);
         }
@@ -372,6 +384,115 @@ TEST_F(KorvelconvTest, OutputFileIsReplacedKeepingItsPermissions) {
 
     // No temporary file is left behind.
     EXPECT_EQ(WorkFolderNames(), (std::vector<std::string>{"in.txt", "link.txt", "out.txt"}));
+}
+
+// A pipe without a writer would block the open, a device might never end, and replacing
+// either with a regular file breaks whatever reads or writes it.
+TEST_F(KorvelconvTest, OnlyRegularFilesAreReadOrReplaced) {
+    const std::string fifo = Path("fifo").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0);
+    std::string device;
+    if (::geteuid() == 0) {
+        device = Path("null").string();
+        ASSERT_EQ(::mknod(device.c_str(), S_IFCHR | 0666, ::makedev(1, 3)), 0);
+    }
+    const std::string input = Write("in.txt", "abc");
+
+    std::vector<std::vector<std::string>> cases = {
+        {"--to", "sjis", fifo},
+        {"--detect", fifo},
+        {"--to", "sjis", "/dev/zero"},
+        {"--to", "sjis", "-o", fifo, input},
+    };
+    if (!device.empty()) {
+        cases.push_back({"--to", "sjis", "-o", device, input});
+    }
+    for (const std::vector<std::string>& args : cases) {
+        SCOPED_TRACE(testing::PrintToString(args));
+        ExpectOneErrorLine(Run(args), 1);
+    }
+    EXPECT_TRUE(fs::is_fifo(fifo));
+    if (!device.empty()) {
+        EXPECT_TRUE(fs::is_character_file(device));
+    }
+}
+
+// Room for the error message on standard error, which is a file here too, not for the output.
+void LimitFileSize() {
+    const rlimit limit{512, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+void LimitFileSizeWithTheSignalIgnored() {
+    LimitFileSize();
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+// A full disk or a file-size limit: the old output stays whole and the run says so.
+TEST_F(KorvelconvTest, OutputThatDoesNotFitLeavesTheOldFileWhole) {
+    std::string text;
+    for (int i = 0; i < 20; ++i) {
+        text += kSjisText;
+    }
+    const std::string input = Write("in.txt", text);
+    for (void (*limit)() : {LimitFileSize, LimitFileSizeWithTheSignalIgnored}) {
+        const std::string output = Write("out.txt", "keep me");
+        const RunResult result = Run({"--to", "utf8", "-o", output, input}, std::nullopt, limit);
+        ExpectOneErrorLine(result, 1);
+        EXPECT_NE(result.err.find(std::strerror(EFBIG)), std::string::npos) << result.err;
+        EXPECT_EQ(Read("out.txt"), "keep me");
+        EXPECT_EQ(WorkFolderNames(), (std::vector<std::string>{"in.txt", "out.txt"}));
+    }
+}
+
+// Names are the user's, and may hold anything but '/' and NUL.
+TEST_F(KorvelconvTest, DetectWritesControlCharactersInNamesAsEscapes) {
+    const std::string path = Write("a\tb\nc\\d\x01.txt", "abc");
+    const RunResult result = Run({"--detect", "--raw", path});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const std::string folder = Path("").string();
+    EXPECT_EQ(result.out, folder + "a\\tb\\nc\\\\d\\x01.txt\t0\t3\n");
+}
+
+// Stopped while it writes, korvelconv takes its temporary file with it; the old output stays.
+TEST_F(KorvelconvTest, InterruptedWriteLeavesNoTemporaryFile) {
+    std::string large;
+    for (int i = 0; i < (1 << 22); ++i) {
+        large += "0123456789abcdef\r\n";
+    }
+    const std::string input = Write("in.txt", large);
+    large.clear();
+    const std::string output = Write("out.txt", "keep me");
+
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        bool interrupted = false;
+        for (int attempt = 0; attempt < 5 && !interrupted; ++attempt) {
+            const pid_t pid = ::fork();
+            if (pid == 0) {
+                ::execl(KORVELCONV_PATH, KORVELCONV_PATH, "--to", "unicode", "-o", output.c_str(),
+                        input.c_str(), static_cast<char*>(nullptr));
+                ::_exit(127);
+            }
+            // Waits for the temporary file to appear, then stops the run.
+            const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+            int status = 0;
+            while (::waitpid(pid, &status, WNOHANG) == 0) {
+                if (WorkFolderNames().size() > 2 || std::chrono::steady_clock::now() > deadline) {
+                    ::kill(pid, signal);
+                    ::waitpid(pid, &status, 0);
+                    interrupted = WIFSIGNALED(status) && WTERMSIG(status) == signal;
+                    break;
+                }
+            }
+            EXPECT_EQ(WorkFolderNames(), (std::vector<std::string>{"in.txt", "out.txt"}));
+            if (!interrupted) {
+                Write("out.txt", "keep me"); // the run finished first; try again
+            }
+        }
+        EXPECT_TRUE(interrupted) << "every run finished before it could be stopped";
+        EXPECT_EQ(Read("out.txt"), "keep me");
+    }
 }
 
 TEST_F(KorvelconvTest, HelpGoesToStandardOutput) {

@@ -1,0 +1,232 @@
+#include "document/FileReplacement.h"
+
+#include "ScratchFolder.h"
+#include "support/ScopedFileSizeLimit.h"
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace korvel {
+namespace {
+
+using testing::RunningAsRoot;
+using testing::Scratch;
+
+// Users and groups that exist only as numbers: root can give files to them.
+constexpr uid_t kOtherOwner = 4242;
+constexpr gid_t kSharedGroup = 4243;
+constexpr uid_t kGroupMember = 4244;
+
+ReplaceOutcome Replace(const QString& path, std::string_view bytes) {
+    const std::span<const std::uint8_t> parts[] = {
+        {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}};
+    return ReplaceFileContents(QFile::encodeName(path).toStdString(), parts);
+}
+
+ino_t InodeOf(const QString& path) {
+    return Scratch::StatusOf(path).st_ino;
+}
+
+// Runs body in a child process that has become kGroupMember of kSharedGroup, and returns its
+// exit status.
+int RunAsGroupMember(const std::function<int()>& body) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const gid_t groups[] = {kSharedGroup};
+        if (::setgroups(1, groups) != 0 || ::setgid(kSharedGroup) != 0 ||
+            ::setuid(kGroupMember) != 0) {
+            ::_exit(100);
+        }
+        ::_exit(body());
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 200;
+}
+
+// --- What cannot be written is refused, and a failed write changes nothing ----------------
+
+struct Refusal {
+    const char* name;
+    QString (*make)(const Scratch&);
+    ReplaceFailure failure;
+    int systemError = 0;
+    bool diskFull = false;
+    bool needsRoot = false;
+};
+
+QString MakeOldFile(const Scratch& s) {
+    return s.write(QStringLiteral("old.txt"), QByteArray("old"));
+}
+
+const Refusal kRefusals[] = {
+    {"Folder",
+     [](const Scratch& s) {
+         QDir().mkdir(s.path(QStringLiteral("folder")));
+         return s.path(QStringLiteral("folder"));
+     },
+     ReplaceFailure::Folder},
+    {"Pipe",
+     [](const Scratch& s) {
+         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
+         return s.path(QStringLiteral("pipe"));
+     },
+     ReplaceFailure::NotRegularFile},
+    // What /dev/null is; root would otherwise turn it into a plain file.
+    {"DeviceNode",
+     [](const Scratch& s) {
+         const QString path = s.path(QStringLiteral("null"));
+         ::mknod(QFile::encodeName(path).constData(), S_IFCHR | 0666, ::makedev(1, 3));
+         return path;
+     },
+     ReplaceFailure::NotRegularFile, 0, false, true},
+    {"LinkToAPipe",
+     [](const Scratch& s) {
+         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
+         QFile::link(QStringLiteral("pipe"), s.path(QStringLiteral("out")));
+         return s.path(QStringLiteral("out"));
+     },
+     ReplaceFailure::NotRegularFile},
+    {"LinkLoop",
+     [](const Scratch& s) {
+         QFile::link(QStringLiteral("b"), s.path(QStringLiteral("a")));
+         QFile::link(QStringLiteral("a"), s.path(QStringLiteral("b")));
+         return s.path(QStringLiteral("a"));
+     },
+     ReplaceFailure::System, ELOOP},
+    {"DiskFull", MakeOldFile, ReplaceFailure::System, EFBIG, true},
+    {"DiskFullForANewFile", [](const Scratch& s) { return s.path(QStringLiteral("new.txt")); },
+     ReplaceFailure::System, EFBIG, true},
+    {"DiskFullThroughALink",
+     [](const Scratch& s) {
+         MakeOldFile(s);
+         QFile::link(QStringLiteral("old.txt"), s.path(QStringLiteral("link")));
+         return s.path(QStringLiteral("link"));
+     },
+     ReplaceFailure::System, EFBIG, true},
+    // Written in place: the room is reserved before any old byte goes.
+    {"DiskFullForAHardLinkedFile",
+     [](const Scratch& s) {
+         const QString path = MakeOldFile(s);
+         ::link(QFile::encodeName(path).constData(),
+                QFile::encodeName(s.path(QStringLiteral("second"))).constData());
+         return path;
+     },
+     ReplaceFailure::System, EFBIG, true},
+};
+
+void PrintTo(const Refusal& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ReplaceRefused : public ::testing::TestWithParam<Refusal> {};
+
+TEST_P(ReplaceRefused, SaysWhyAndLeavesTheFolderAsItWas) {
+    const Refusal& c = GetParam();
+    if (c.needsRoot && !RunningAsRoot()) {
+        GTEST_SKIP() << "only root makes device nodes";
+    }
+    Scratch scratch;
+    const QString path = c.make(scratch);
+    const std::string before = scratch.snapshot();
+    ReplaceOutcome outcome;
+    {
+        std::optional<testing::ScopedFileSizeLimit> disk;
+        if (c.diskFull) {
+            disk.emplace(4);
+        }
+        outcome = Replace(path, "new bytes, longer than the old");
+    }
+    EXPECT_EQ(outcome.failure, c.failure);
+    EXPECT_EQ(outcome.systemError, c.systemError) << std::strerror(outcome.systemError);
+    EXPECT_EQ(scratch.snapshot(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ReplaceRefused, ::testing::ValuesIn(kRefusals),
+                         [](const ::testing::TestParamInfo<Refusal>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// --- What a replaced file keeps -----------------------------------------------------------
+
+TEST(ReplaceNames, ANameAtTheFileSystemsLimitIsWrittenAndMade) {
+    Scratch scratch;
+    const QString existing = scratch.write(QString(251, u'e') + QStringLiteral(".txt"), "old");
+    const QString made = scratch.path(QString(251, u'm') + QStringLiteral(".txt"));
+    for (const QString& path : {existing, made}) {
+        ASSERT_TRUE(Replace(path, "new").succeeded());
+        EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
+    }
+}
+
+TEST(ReplaceLinks, EveryNameOfAHardLinkedFileSeesTheNewBytes) {
+    Scratch scratch;
+    const QString first = scratch.write(QStringLiteral("first"), "a longer old text");
+    const QString second = scratch.path(QStringLiteral("second"));
+    ASSERT_EQ(::link(QFile::encodeName(first).constData(), QFile::encodeName(second).constData()),
+              0);
+    for (const std::string_view bytes : {"short", "a new text longer than the old one"}) {
+        ASSERT_TRUE(Replace(first, bytes).succeeded());
+        EXPECT_EQ(Scratch::Read(second), QByteArray(bytes.data(), qsizetype(bytes.size())));
+        EXPECT_EQ(InodeOf(first), InodeOf(second));
+    }
+}
+
+TEST(ReplaceOwnership, AnotherUsersFileKeepsItsOwnerGroupAndSetIdBits) {
+    if (!RunningAsRoot()) {
+        GTEST_SKIP() << "only root can give a file to another user";
+    }
+    Scratch scratch;
+    const QString path = scratch.write(QStringLiteral("theirs.txt"), "old");
+    const QByteArray name = QFile::encodeName(path);
+    ASSERT_EQ(::chown(name.constData(), kOtherOwner, kSharedGroup), 0);
+    ASSERT_EQ(::chmod(name.constData(), 02664), 0);
+
+    ASSERT_TRUE(Replace(path, "new").succeeded());
+    const struct stat after = Scratch::StatusOf(path);
+    EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
+    EXPECT_EQ(after.st_uid, kOtherOwner);
+    EXPECT_EQ(after.st_gid, kSharedGroup);
+    EXPECT_EQ(after.st_mode & 07777, 02664u);
+}
+
+// A member of the file's group may write it but not make a file that belongs to its owner: the
+// file is written in place, whole or not at all, and stays the owner's.
+TEST(ReplaceOwnership, AGroupMembersSaveKeepsTheOwnerOrChangesNothing) {
+    if (!RunningAsRoot()) {
+        GTEST_SKIP() << "only root can act as two other users";
+    }
+    Scratch scratch;
+    ASSERT_EQ(::chmod(QFile::encodeName(scratch.path({})).constData(), 0777), 0);
+    const QString path = scratch.write(QStringLiteral("shared.txt"), "old", 0664);
+    ASSERT_EQ(::chown(QFile::encodeName(path).constData(), kOtherOwner, kSharedGroup), 0);
+    const ino_t inode = InodeOf(path);
+
+    const std::string before = scratch.snapshot();
+    EXPECT_EQ(RunAsGroupMember([&] {
+                  const testing::ScopedFileSizeLimit diskFull(4);
+                  return Replace(path, "a new text longer than the old").systemError;
+              }),
+              EFBIG);
+    EXPECT_EQ(scratch.snapshot(), before);
+
+    for (const std::string_view bytes : {"a new text longer than the old", "short"}) {
+        EXPECT_EQ(RunAsGroupMember([&] { return Replace(path, bytes).succeeded() ? 0 : 1; }), 0);
+        EXPECT_EQ(Scratch::Read(path), QByteArray(bytes.data(), qsizetype(bytes.size())));
+    }
+    const struct stat after = Scratch::StatusOf(path);
+    EXPECT_EQ(after.st_uid, kOtherOwner);
+    EXPECT_EQ(after.st_gid, kSharedGroup);
+    EXPECT_EQ(after.st_mode & 07777, 0664u);
+    EXPECT_EQ(after.st_ino, inode);
+}
+
+} // namespace
+} // namespace korvel
