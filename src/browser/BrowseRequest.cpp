@@ -39,8 +39,7 @@ void ApplyBrowseSettings(BrowseRequest& request, const SettingsStore& store) {
         break;
     }
     request.options = options;
-    const int style = store.read(setting::FILE_LIST_STYLE);
-    request.listStyle = style >= 1 && style <= 3 ? style : setting::FILE_LIST_STYLE.defaultValue;
+    request.listStyle = store.read(setting::FILE_LIST_STYLE);
     request.longHoldDelay = store.read(setting::LONG_DELAY) != 0;
 }
 

@@ -329,7 +329,9 @@ void FileBrowserDialog::setUpTypes() {
         typeBox_->addItem(parts[i]);
         typePatterns_.append(parts[i + 1].trimmed());
     }
-    typeBox_->setCurrentIndex(request_.filterIndex - 1);
+    // 0, or a stored index that outlived a longer list, selects no type: every file is listed.
+    const bool listed = request_.filterIndex >= 1 && request_.filterIndex <= typeBox_->count();
+    typeBox_->setCurrentIndex(listed ? request_.filterIndex - 1 : -1);
     onTypeChanged();
     connect(typeBox_, &QComboBox::currentIndexChanged, this, [this] {
         onTypeChanged();

@@ -50,7 +50,8 @@ void SettingsStore::writeString(QAnyStringView name, const QString& value) {
 }
 
 int SettingsStore::read(const IntSetting& setting) const {
-    return readInt(QLatin1StringView(setting.name), setting.defaultValue);
+    const int value = readInt(QLatin1StringView(setting.name), setting.defaultValue);
+    return value >= setting.minimum && value <= setting.maximum ? value : setting.defaultValue;
 }
 
 QString SettingsStore::read(const StringSetting& setting) const {

@@ -28,7 +28,8 @@ public:
     void writeInt(QAnyStringView name, int value);
     void writeString(QAnyStringView name, const QString& value);
 
-    // The same with a setting of SettingNames.h and its own default.
+    // The same with a setting of SettingNames.h and its own default; an integer outside the
+    // setting's range also reads as the default.
     int read(const IntSetting& setting) const;
     QString read(const StringSetting& setting) const;
     void write(const IntSetting& setting, int value);

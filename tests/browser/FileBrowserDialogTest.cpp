@@ -17,6 +17,7 @@
 #include <QMouseEvent>
 #include <QTest>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
 
 namespace korvel {
@@ -114,12 +115,16 @@ TEST_F(FileBrowserDialogTest, StartsInTheRequestedFolderWithItsTypes) {
     EXPECT_EQ(listed(), (QStringList{"..", "sub", "setup.ini"}));
 }
 
+// An index past the list may come from a settings file written by hand.
 TEST_F(FileBrowserDialogTest, WithoutATypeEveryFileIsListed) {
-    request_.filterIndex = 0;
-    request_.options = 0;
-    open();
-    EXPECT_EQ(dialog_->typeBox()->currentIndex(), -1);
-    EXPECT_EQ(listed(), (QStringList{"a.txt", "b.txt", "setup.ini"}));
+    for (const int index : {0, 99, std::numeric_limits<int>::min()}) {
+        SCOPED_TRACE(index);
+        request_.filterIndex = index;
+        request_.options = 0;
+        open();
+        EXPECT_EQ(dialog_->typeBox()->currentIndex(), -1);
+        EXPECT_EQ(listed(), (QStringList{"a.txt", "b.txt", "setup.ini"}));
+    }
 }
 
 TEST_F(FileBrowserDialogTest, AMissingFolderStartsAtTheDeepestExistingOne) {

@@ -107,11 +107,10 @@ TEST_F(SettingsFileTest, ReadsAFileWrittenInTheStoredFormat) {
 TEST_F(SettingsFileTest, IntegersRoundTrip) {
     SettingsStore settings = store();
     for (int value : {0, 1, -1, 80, 0x00FFFFFF, 0x7FFFFFFF, -0x7FFFFFFF - 1}) {
-        settings.write(setting::COLOR_TEXT, value);
-        EXPECT_EQ(store().read(setting::COLOR_TEXT), value);
+        settings.writeInt("CUSTOM_COLOR3", value);
+        EXPECT_EQ(store().readInt("CUSTOM_COLOR3", 0), value);
     }
-    settings.writeInt("CUSTOM_COLOR3", 0x123456);
-    EXPECT_EQ(store().readInt("CUSTOM_COLOR3", 0), 0x123456);
+    settings.write(setting::CUSTOM_COLOR3, 0x123456);
     EXPECT_EQ(store().read(setting::CUSTOM_COLOR3), 0x123456);
 }
 
@@ -151,23 +150,44 @@ TEST_F(SettingsFileTest, ReadingNeverWritesADefaultBack) {
               QStringList{QLatin1StringView(setting::FONT_SIZE.name)});
 }
 
-TEST_F(SettingsFileTest, UnreadableValuesFallBackToTheirDefaults) {
-    WriteFile(path(), "[SETTINGS]\n"
-                      "TAB_SIZE=abc\n"
-                      "FONT_SIZE=\n"
-                      "FONT2_SIZE=12abc\n"
-                      "FONT3_SIZE=4294967296\n"
-                      "FONT4_SIZE=1.5\n"
-                      "FONT1_NAME=Gothic, Bold\n"
-                      "COLOR_BACKGROUND=@Invalid()\n");
-    const SettingsStore settings = store();
-    EXPECT_EQ(settings.read(setting::TAB_SIZE), 8);
-    EXPECT_EQ(settings.read(setting::FONT_SIZE), 1);
-    EXPECT_EQ(settings.read(setting::FONT2_SIZE), 9);
-    EXPECT_EQ(settings.read(setting::FONT3_SIZE), 12);
-    EXPECT_EQ(settings.read(setting::FONT4_SIZE), 18);
-    EXPECT_EQ(settings.read(setting::FONT1_NAME), QStringLiteral("ＭＳ ゴシック"));
-    EXPECT_EQ(settings.read(setting::COLOR_BACKGROUND), 0xFFFFFF);
+// A hand-edited or damaged file must not reach the arithmetic of the fonts, the tab stops or
+// the dialogs with a value the settings pages could never have written.
+TEST_F(SettingsFileTest, ValuesOfTheWrongTypeOrOutsideTheirRangeReadAsTheDefault) {
+    const struct {
+        IntSetting setting;
+        const char* stored;
+        int read;
+    } rows[] = {
+        {setting::TAB_SIZE, "abc", 8},
+        {setting::FONT_SIZE, "", 1},
+        {setting::FONT2_SIZE, "12abc", 9},
+        {setting::FONT3_SIZE, "4294967296", 12},
+        {setting::FONT4_SIZE, "1.5", 18},
+        {setting::COLOR_BACKGROUND, "@Invalid()", 0xFFFFFF},
+        {setting::FONT1_SIZE, "2147483647", 7},
+        {setting::FONT1_SIZE, "0", 7},
+        {setting::FONT2_SIZE, "144", 144},
+        {setting::FONT3_SIZE, "145", 12},
+        {setting::FILTER_INDEX, "-2147483648", 1},
+        {setting::TAB_SIZE, "80", 80},
+        {setting::TAB_SIZE, "81", 8},
+        {setting::FONT_SIZE, "3", 3},
+        {setting::FONT_SIZE, "4", 1},
+        {setting::COLOR_TEXT, "16777216", 0},
+        {setting::COLOR_TEXT, "-1", 0},
+        {setting::STR_ZOOM_METHOD, "3", 1},
+        {setting::FILE_LIST_STYLE, "0", 1},
+    };
+    int fileNumber = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.setting.name) + "=" + row.stored);
+        // A file for each row: QSettings trusts its cache while a file's time and size stay.
+        const QString rowPath = dir_.filePath(QStringLiteral("row%1.ini").arg(++fileNumber));
+        WriteFile(rowPath, QByteArray("[SETTINGS]\n") + row.setting.name + '=' + row.stored);
+        EXPECT_EQ(SettingsStore(rowPath).read(row.setting), row.read);
+    }
+    WriteFile(path(), "[SETTINGS]\nFONT1_NAME=Gothic, Bold\n");
+    EXPECT_EQ(store().read(setting::FONT1_NAME), QStringLiteral("ＭＳ ゴシック"));
 }
 
 TEST_F(SettingsFileTest, AFileThatIsNoIniFileYieldsTheDefaults) {
