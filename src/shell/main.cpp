@@ -1,38 +1,46 @@
+#include "document/FileReplacement.h"
 #include "settings/SettingsStore.h"
 #include "shell/AppIcon.h"
 #include "shell/CMainFrame.h"
+#include "shell/StartupArguments.h"
 
 #include <QApplication>
+#include <QDir>
+#include <cstdio>
 
 namespace {
 
-// A path from the command line may come wrapped in double quotes by the caller.
-QString UnquotedPath(QString path) {
-    path = path.trimmed();
-    while (path.startsWith(QLatin1Char('"')))
-        path.remove(0, 1);
-    while (path.endsWith(QLatin1Char('"')))
-        path.chop(1);
-    return path;
-}
+constexpr int kExitUsage = 2;
 
 } // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
+    korvel::ProtectFileReplacementFromSignals();
+    korvel::SplitArguments split = korvel::SplitAtDoubleDash(argc, argv);
+    int qtArgc = static_cast<int>(split.forQt.size()) - 1;
+    QApplication app(qtArgc, split.forQt.data());
     QApplication::setOrganizationName(QStringLiteral("Harrow Apps"));
     QApplication::setApplicationName(QStringLiteral("Korvelエディタ"));
     QApplication::setDesktopFileName(QStringLiteral("korveledit"));
     QApplication::setWindowIcon(korvel::ApplicationIcon());
 
+    const korvel::StartupFile startup = korvel::StartupFileOf(QApplication::arguments().mid(1),
+                                                              split.fileNames, QDir::currentPath());
+    if (!startup.unknownOption.isEmpty()) {
+        std::fprintf(stderr,
+                     "korveledit: unknown option '%s' (a file whose name begins with '-' is "
+                     "given after --, or as ./NAME)\n",
+                     qPrintable(startup.unknownOption));
+        return kExitUsage;
+    }
+    for (const QString& name : startup.ignored) {
+        std::fprintf(stderr, "korveledit: one file at a time; not opened: %s\n", qPrintable(name));
+    }
+
     korvel::SettingsStore store;
     korvel::CMainFrame frame(store);
-    const QStringList arguments = QApplication::arguments();
-    if (arguments.size() > 1) {
-        const QString path = UnquotedPath(arguments.at(1));
-        if (!path.isEmpty())
-            frame.openPath(path);
-    }
+    if (!startup.path.isEmpty())
+        frame.openPath(startup.path);
     frame.show();
     return QApplication::exec();
 }
