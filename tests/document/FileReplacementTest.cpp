@@ -179,6 +179,20 @@ TEST(ReplaceLinks, EveryNameOfAHardLinkedFileSeesTheNewBytes) {
     }
 }
 
+// A link is kept whether its target exists or is yet to be made.
+TEST(ReplaceLinks, ASymbolicLinkStaysALinkAndItsTargetGetsTheBytes) {
+    Scratch scratch;
+    scratch.write(QStringLiteral("target.txt"), "old");
+    for (const char* target : {"target.txt", "made.txt"}) {
+        SCOPED_TRACE(target);
+        const QString link = scratch.path(QStringLiteral("link-to-") + QString::fromLatin1(target));
+        ASSERT_TRUE(QFile::link(QString::fromLatin1(target), link));
+        ASSERT_TRUE(Replace(link, "new").succeeded());
+        EXPECT_TRUE(QFileInfo(link).isSymLink());
+        EXPECT_EQ(Scratch::Read(scratch.path(QString::fromLatin1(target))), QByteArray("new"));
+    }
+}
+
 TEST(ReplaceOwnership, AnotherUsersFileKeepsItsOwnerGroupAndSetIdBits) {
     if (!RunningAsRoot()) {
         GTEST_SKIP() << "only root can give a file to another user";
