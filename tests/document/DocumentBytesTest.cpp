@@ -72,6 +72,11 @@ TEST(DecodeDocumentBytes, MarksOfUtf8AndUnicode) {
         {"unicode-mark-only-once", std::string_view("\xFF\xFE\xFF\xFE", 4), Unicode, Unicode,
          LineEnding::CrLf, u"\uFEFF"},
         {"unicode-empty", "", Unicode, Unicode, LineEnding::CrLf, u""},
+        // The lone last byte reads with the 0 that follows every file, and so is saved again.
+        {"unicode-odd-last-byte-kept", std::string_view("\xFF\xFE\x41\x00\x42", 5), Unicode,
+         Unicode, LineEnding::CrLf, u"AB"},
+        {"unicode-odd-last-byte-kept-in-place", std::string_view("\x41\x00\x42", 3), Unicode,
+         Unicode, LineEnding::CrLf, u"AB"},
     };
     ExpectLoads(rows);
 }
