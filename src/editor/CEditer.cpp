@@ -60,11 +60,7 @@ CEditer::CEditer(SettingsStore& store, QWidget* parent)
             &CEditer::commandStatesChanged);
 
     makeFonts();
-    // A stored slot out of range still leaves the controls with a slot's font.
-    const int slot = store_.read(setting::FONT_SIZE);
-    setFontSlot(slot >= 0 && slot < static_cast<int>(fonts_.size())
-                    ? slot
-                    : setting::FONT_SIZE.defaultValue);
+    setFontSlot(store_.read(setting::FONT_SIZE));
     applyColours();
     lastFolder_ = store_.read(setting::LAST_OPEN_FOLDER);
     filterIndex_ = store_.read(setting::FILTER_INDEX);
@@ -129,11 +125,18 @@ void CEditer::applyFontAndTabs() {
     const int topLine = firstVisibleLine(active);
     const QTextCursor selection = active->textCursor();
     const QFont& font = fonts_[static_cast<size_t>(fontSlot_)];
-    const int tabSize = store_.read(setting::TAB_SIZE);
+    const qreal tabStop = QFontMetricsF(font).averageCharWidth() * store_.read(setting::TAB_SIZE);
     for (EditControl* control : {wrapping_, nonWrapping_}) {
         control->setFont(font);
-        control->setTabStopDistance(QFontMetricsF(font).averageCharWidth() * std::max(1, tabSize));
+        control->setTabStopDistance(tabStop);
     }
+    // The text is drawn with its document's font and tab stop. A control hands them to the
+    // document it holds only when they change, and not to a document it is given later, so
+    // the document (which moves between the controls) gets them itself.
+    document_->setDefaultFont(font);
+    QTextOption option = document_->defaultTextOption();
+    option.setTabStopDistance(tabStop);
+    document_->setDefaultTextOption(option);
     active->setTextCursor(selection);
     scrollToLine(active, topLine);
 }
@@ -172,7 +175,6 @@ void CEditer::toggleWordWrap() {
     target->setDocument(document_);
     wordWrap_ = !wordWrap_;
 
-    target->setFont(fonts_[static_cast<size_t>(fontSlot_)]);
     target->show();
     source->hide();
     layOutControls();

@@ -388,12 +388,42 @@ TEST_F(CEditerTest, StartsFromTheSettingsAndWritesItsOwnBack) {
     EXPECT_EQ(store_->read(setting::FILTER_INDEX), 4);
 }
 
-TEST_F(CEditerTest, StoredFontSlotOutOfRangeFallsBackToTheDefaultSlot) {
+// What the text is drawn with, measured on the laid-out line "\tX": the line's height and where
+// X stands. A control keeps the font and tab stop of the document it had before, and Qt skips
+// a font equal to the one a control already has, so the start-up slot once went unused.
+TEST_F(CEditerTest, TextIsDrawnInTheSlotFontWithTheStoredTabWidth) {
     view_.reset();
-    store_->write(setting::FONT_SIZE, 9);
+    store_->write(setting::FONT_SIZE, 3);
+    store_->write(setting::FONT4_SIZE, 24);
+    store_->write(setting::FONT2_SIZE, 10);
+    store_->write(setting::TAB_SIZE, 4);
     makeView();
-    EXPECT_EQ(view_->fontSlot(), 1);
-    EXPECT_EQ(view_->activeControl()->font(), view_->slotFont(1));
+    setText(u"\tX");
+    const auto expectDrawnWith = [this](int slot) {
+        const QFont font = view_->slotFont(slot);
+        EditControl* control = view_->activeControl();
+        QTextCursor cursor(view_->document());
+        const QRect atStart = control->cursorRect(cursor);
+        cursor.setPosition(1);
+        const QRect afterTab = control->cursorRect(cursor);
+        EXPECT_NEAR(atStart.height(), QFontMetrics(font).height(), 1);
+        EXPECT_NEAR(afterTab.left() - atStart.left(), QFontMetricsF(font).averageCharWidth() * 4,
+                    1.0);
+    };
+    {
+        SCOPED_TRACE("at start-up");
+        expectDrawnWith(3);
+    }
+    {
+        SCOPED_TRACE("after the wrap toggle");
+        view_->toggleWordWrap();
+        expectDrawnWith(3);
+    }
+    {
+        SCOPED_TRACE("after choosing a slot");
+        view_->setFontSlot(1);
+        expectDrawnWith(1);
+    }
 }
 
 TEST_F(CEditerTest, FontSlotsFollowTheirSettingsInPixels) {
