@@ -24,8 +24,6 @@ QStringView ExtensionWithDot(QStringView name) {
 }
 
 int CompareTypes(const FileEntry& first, const FileEntry& second, int s) {
-    if (first.isFolder())
-        return CompareNames(first, second, s);
     const QStringView a = ExtensionWithDot(first.name);
     const QStringView b = ExtensionWithDot(second.name);
     if (!a.isEmpty() && b.isEmpty())
@@ -53,6 +51,29 @@ int CompareTimes(const FileEntry& first, const FileEntry& second, int s) {
     return byTime != 0 ? byTime * s : CompareNames(first, second, s);
 }
 
+// The comparison with the folder rule decided by the caller: a row listed among the folders
+// sorts as one of them, whatever its entry says.
+int CompareRanked(const FileEntry& first, bool firstIsFolder, const FileEntry& second,
+                  bool secondIsFolder, SortKey key) {
+    const int s = IsDescending(key) ? -1 : 1;
+    if (firstIsFolder != secondIsFolder)
+        return firstIsFolder ? -1 : 1;
+    if (first.isParent())
+        return -1;
+    if (second.isParent())
+        return 1;
+    switch (SortColumnOf(key)) {
+    case sort_column::Size:
+        return CompareSizes(first, second, s);
+    case sort_column::Time:
+        return CompareTimes(first, second, s);
+    case sort_column::Type:
+        return firstIsFolder ? CompareNames(first, second, s) : CompareTypes(first, second, s);
+    default:
+        return CompareNames(first, second, s);
+    }
+}
+
 FileRow FolderRow(const FileEntry& entry) {
     FileRow row;
     row.entry = entry;
@@ -64,28 +85,13 @@ FileRow FolderRow(const FileEntry& entry) {
 } // namespace
 
 int CompareEntries(const FileEntry* first, const FileEntry* second, SortKey key) {
-    const int s = IsDescending(key) ? -1 : 1;
     if (first == nullptr || second == nullptr) {
         if (first == second)
             return 0;
+        const int s = IsDescending(key) ? -1 : 1;
         return first == nullptr ? -s : s;
     }
-    if (first->isFolder() != second->isFolder())
-        return first->isFolder() ? -1 : 1;
-    if (first->isParent())
-        return -1;
-    if (second->isParent())
-        return 1;
-    switch (SortColumnOf(key)) {
-    case sort_column::Size:
-        return CompareSizes(*first, *second, s);
-    case sort_column::Time:
-        return CompareTimes(*first, *second, s);
-    case sort_column::Type:
-        return CompareTypes(*first, *second, s);
-    default:
-        return CompareNames(*first, *second, s);
-    }
+    return CompareRanked(*first, first->isFolder(), *second, second->isFolder(), key);
 }
 
 QString SizeText(const FileEntry& entry) {
@@ -169,7 +175,7 @@ void FileListing::sort(SortKey key) {
     // A merge sort: the comparison is not a strict order everywhere (".." against itself), and
     // rows that compare equal keep the order the folder gave them.
     std::stable_sort(rows_.begin(), rows_.end(), [this](const FileRow& a, const FileRow& b) {
-        return CompareEntries(&a.entry, &b.entry, sortKey_) < 0;
+        return CompareRanked(a.entry, a.sortsAsFolder(), b.entry, b.sortsAsFolder(), sortKey_) < 0;
     });
 }
 
@@ -213,7 +219,8 @@ FileOpStatus FileListing::list(const QString* pattern) {
         if (entry.isFolder())
             continue;
         FileRow row = makeFileRow(std::move(entry));
-        if (!(showFolders && row.isShortcutToFolder())) {
+        row.amongFolders = showFolders && row.isShortcutToFolder();
+        if (!row.amongFolders) {
             const bool passes = pattern != nullptr ? MatchesWildcard(row.entry.name, *pattern)
                                                    : passesFilter(row.entry.name);
             if (!passes)

@@ -97,8 +97,11 @@ struct FileRow {
     bool shortcut = false;
     // Where the shortcut leads, when it leads somewhere.
     std::optional<ShortcutTarget> target;
+    // A shortcut to a folder listed with the folders (while they are shown): it sorts as one.
+    bool amongFolders = false;
 
     bool isShortcutToFolder() const { return target && target->isFolder; }
+    bool sortsAsFolder() const { return entry.isFolder() || amongFolders; }
 };
 
 class FileListing {

@@ -291,6 +291,8 @@ TEST_F(FileListingTest, PatternListsMatchingFilesAndEveryFolder) {
 TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
     folder_.makeFolder(QStringLiteral("target"));
     folder_.writeFile(QStringLiteral("Docs.lnk"), lnkTo(QStringLiteral("target")));
+    folder_.makeLink(QStringLiteral("zlink"), folder_.pathOf(QStringLiteral("target")));
+    folder_.writeFile(QStringLiteral("a.txt"));
     listing_.setExtensionFilter({QStringLiteral(".txt")});
     listing_.refresh();
 
@@ -298,7 +300,10 @@ TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
     EXPECT_EQ(row.displayName, QStringLiteral("Docs"));
     EXPECT_EQ(row.icon, file_icon::FolderShortcut);
     EXPECT_TRUE(row.isShortcutToFolder());
-    EXPECT_FALSE(row.entry.isFolder());
+    // A .lnk file and a symbolic link alike, by name among the folders in either direction.
+    EXPECT_EQ(Names(listing_), (QStringList{"..", "Docs.lnk", "target", "zlink", "a.txt"}));
+    listing_.sort(MakeSortKey(sort_column::Type, true));
+    EXPECT_EQ(Names(listing_), (QStringList{"..", "zlink", "target", "Docs.lnk", "a.txt"}));
 
     // Without folders it is a file like any other, and the filter leaves it out.
     listing_.setOptions(0);
