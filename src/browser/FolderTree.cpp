@@ -7,7 +7,6 @@
 #include "browser/PropertiesDialog.h"
 #include "fileops/FileOperations.h"
 #include "fileops/FileSystem.h"
-#include "messages/MessageService.h"
 #include "messages/StringTable.h"
 
 #include <QContextMenuEvent>
@@ -26,9 +25,6 @@ namespace {
 namespace cmd = browser_command;
 
 constexpr int kRootLabel = 30307;
-constexpr int kDeleteFolderQuestion = 30024;
-constexpr int kSomeSkipped = 30401;
-constexpr int kDeleteFolderFailed = 30509;
 
 bool NameLess(const QString& a, const QString& b) {
     const int folded = QString::compare(a, b, Qt::CaseInsensitive);
@@ -52,8 +48,18 @@ QTreeWidgetItem* Placeholder() {
     return new QTreeWidgetItem();
 }
 
+// Ordered as a fill orders the children, so that sorting them again after a rename keeps it.
+class FolderItem : public QTreeWidgetItem {
+public:
+    explicit FolderItem(const QString& name) : QTreeWidgetItem({name}) {}
+
+    bool operator<(const QTreeWidgetItem& other) const override {
+        return NameLess(text(0), other.text(0));
+    }
+};
+
 QTreeWidgetItem* NewFolderItem(const QString& name) {
-    auto* item = new QTreeWidgetItem({name});
+    auto* item = new FolderItem(name);
     item->setIcon(0, FolderItemIcon());
     item->setFlags(item->flags() | Qt::ItemIsEditable);
     item->addChild(Placeholder());
@@ -126,7 +132,8 @@ FolderTree::FolderTree(QWidget* parent)
     setColumnCount(1);
     setUniformRowHeights(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
-    setEditTriggers(QAbstractItemView::EditKeyPressed);
+    // A slow second tap on the selected folder renames it, as F2 does: a pen has no keys.
+    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
     setItemDelegate(delegate_);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     header()->setStretchLastSection(false);
@@ -222,6 +229,9 @@ void FolderTree::runCommand(int command) {
     case cmd::FolderDelete:
         deleteFolder();
         break;
+    case cmd::FolderRename:
+        startRename();
+        break;
     case cmd::FolderProperties:
         showProperties();
         break;
@@ -271,6 +281,16 @@ void FolderTree::finishRename(QTreeWidgetItem* item, const QString& editedName) 
     setCurrentItem(item);
     currentFolder_ = pathOf(item);
     emit currentFolderChanged(currentFolder_);
+}
+
+bool FolderTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    // A tap beside the label is a tap on empty space, which resizes the panes; it renames
+    // nothing.
+    if (trigger == SelectedClicked && event != nullptr &&
+        event->type() == QEvent::MouseButtonRelease &&
+        isEmptySpace(static_cast<QMouseEvent*>(event)->position().toPoint()))
+        return false;
+    return QTreeWidget::edit(index, trigger, event);
 }
 
 bool FolderTree::isEmptySpace(QPoint position) const {
@@ -391,34 +411,15 @@ void FolderTree::deleteFolder() {
     QTreeWidgetItem* item = currentItem();
     if (item == nullptr || item == root_)
         return;
-    const QString path = files::WithoutTrailingSlash(pathOf(item));
-    MessageRequest question;
-    question.id = kDeleteFolderQuestion;
-    question.arguments = {path};
-    question.buttons = MessageButtons::YesNo;
-    question.icon = MessageIcon::Question;
-    question.defaultButton = MessageAnswer::No;
-    question.parent = this;
-    if (ShowMessage(question) != MessageAnswer::Yes)
-        return;
-
-    const FileOpStatus status = DeleteTree(path, true, this);
-    if (status == FileOpStatus::Done) {
-        QTreeWidgetItem* parent = item->parent();
-        setCurrentItem(parent);
+    const QString path = pathOf(item);
+    // A delete that was refused, cancelled or failed may still have taken part of the folder,
+    // or all of it: the tree shows what is left.
+    if (DeleteFolder(path, this) == FileOpStatus::Done ||
+        !files::Exists(files::WithoutTrailingSlash(path))) {
+        setCurrentItem(item->parent());
         delete item;
-    } else if (status == FileOpStatus::Skipped) {
-        MessageRequest notice;
-        notice.id = kSomeSkipped;
-        notice.parent = this;
-        ShowMessage(notice);
+    } else {
         refill(item);
-    } else if (status != FileOpStatus::Cancelled) {
-        MessageRequest failure;
-        failure.id = kDeleteFolderFailed;
-        failure.icon = MessageIcon::Stop;
-        failure.parent = this;
-        ShowMessage(failure);
     }
     emit contentsChanged();
 }

@@ -10,8 +10,8 @@ class HoldGesture;
 class RenameDelegate;
 
 // The folder tree of the browser: one root item "マイ デバイス" for "/", filled lazily as items
-// are expanded, with a tap-and-hold "Folder" menu (new folder, delete, properties, refresh) and
-// renaming by editing an item's label.
+// are expanded, with a tap-and-hold "Folder" menu (new folder, delete, rename, properties,
+// refresh) and renaming by editing an item's label.
 class FolderTree : public QTreeWidget {
     Q_OBJECT
 public:
@@ -34,7 +34,7 @@ public:
     // Runs a command of the "Folder" menu; OK and Cancel are passed on.
     void runCommand(int command);
 
-    // Renaming by the label editor (F2).
+    // Renaming by the label editor: F2, the menu, or a slow second tap on the selected folder.
     bool isEditing() const;
     void startRename();
     // Ends the edit as Enter would; the rename is carried out.
@@ -54,6 +54,7 @@ signals:
     void emptySpaceDoubleTapped();
 
 protected:
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 

@@ -182,14 +182,17 @@ Menu FolderPopupMenu(bool rootSelected) {
     Menu menu{
         Item(cmd::NewFolder, QStringLiteral("新規フォルダ")),
         Item(cmd::FolderDelete, QStringLiteral("削除")),
+        Item(cmd::FolderRename, QStringLiteral("名前の変更")),
         Item(cmd::FolderProperties, QStringLiteral("プロパティ...")),
         Item(cmd::FolderRefresh, QStringLiteral("最新の情報に更新")),
         Separator(),
         Item(cmd::Ok, QStringLiteral("OK")),
         Item(cmd::Cancel, QStringLiteral("キャンセル")),
     };
-    if (rootSelected)
+    if (rootSelected) {
         Gray(menu, cmd::FolderDelete);
+        Gray(menu, cmd::FolderRename);
+    }
     return menu;
 }
 

@@ -17,6 +17,7 @@ namespace korvel {
 namespace browser_command {
 inline constexpr int Ok = 1;
 inline constexpr int Cancel = 2;
+inline constexpr int FolderRename = 32790;
 inline constexpr int FolderDelete = 32791;
 inline constexpr int NewFolder = 32792;
 inline constexpr int ShowFolders = 32795;
@@ -86,7 +87,8 @@ struct FilePopupState {
 };
 
 Menu FilePopupMenu(const FilePopupState& state);
-// The folder tree's menu; the root item cannot be deleted, so its "削除" is grayed.
+// The folder tree's menu; the root item can be neither deleted nor renamed, so its "削除" and
+// "名前の変更" are grayed.
 Menu FolderPopupMenu(bool rootSelected);
 // The name box's menu, acting on the box's text and the system clipboard.
 Menu TextBoxPopupMenu(bool hasSelection, bool clipboardHasText);

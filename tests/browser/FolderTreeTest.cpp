@@ -7,7 +7,9 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QSignalSpy>
+#include <QStyleHints>
 #include <QTest>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace korvel {
@@ -120,29 +122,41 @@ TEST_F(FolderTreeTest, NewFoldersAreNumberedAndShownUnderTheParent) {
     EXPECT_TRUE(folder_.exists(QStringLiteral("Empty/新規フォルダ(2)")));
 }
 
-TEST_F(FolderTreeTest, DeleteAsksAndRemovesTheItem) {
-    folder_.writeFile(QStringLiteral("Docs/Sub/note.txt"));
-    QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
-    docs->setExpanded(true);
-    tree_.setCurrentItem(docs->child(0));
-    {
-        ScriptedMessageService messages{MessageAnswer::No};
-        tree_.runCommand(cmd::FolderDelete);
-        ASSERT_EQ(messages.shown().size(), 1);
-        EXPECT_EQ(messages.shown().front().id, 30024);
-        EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
-        EXPECT_TRUE(
-            messages.shown().front().text.endsWith(folder_.pathOf(QStringLiteral("Docs/Sub"))));
+TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
+    // Two subfolders with a read-only file each: the first one asked about goes, Cancel on the
+    // second ends the delete, whichever order the disk lists them in.
+    for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
+        folder_.makeFolder(QStringLiteral("Docs/Sub/") + name);
+        folder_.writeFile(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name));
+        folder_.setReadOnly(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name), true);
     }
-    EXPECT_TRUE(folder_.exists(QStringLiteral("Docs/Sub")));
+    QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
+    QTreeWidgetItem* sub = open(QStringLiteral("Docs/Sub"));
+    sub->setExpanded(true);
+    {
+        ScriptedMessageService messages{MessageAnswer::Yes, MessageAnswer::Yes,
+                                        MessageAnswer::Cancel};
+        tree_.runCommand(cmd::FolderDelete);
+    }
+    const QStringList left = QDir(folder_.pathOf(QStringLiteral("Docs/Sub")))
+                                 .entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    EXPECT_EQ(left.size(), 1);
+    EXPECT_EQ(ChildTexts(sub), left);
 
-    ScriptedMessageService messages{MessageAnswer::Yes};
+    ScriptedMessageService messages{MessageAnswer::Yes, MessageAnswer::Yes};
     QSignalSpy changed(&tree_, &FolderTree::contentsChanged);
     tree_.runCommand(cmd::FolderDelete);
     EXPECT_FALSE(folder_.exists(QStringLiteral("Docs/Sub")));
     EXPECT_EQ(docs->childCount(), 0);
     EXPECT_EQ(tree_.currentItem(), docs);
     EXPECT_EQ(changed.size(), 1);
+
+    // A folder removed behind the tree's back cannot be deleted, and its item goes as well.
+    QTreeWidgetItem* top = open(QStringLiteral("Empty"))->parent();
+    ASSERT_TRUE(QDir(folder_.path()).rmdir(QStringLiteral("Empty")));
+    messages.script({MessageAnswer::Yes, MessageAnswer::Ok});
+    tree_.runCommand(cmd::FolderDelete);
+    EXPECT_EQ(ChildTexts(top), (QStringList{"alpha", "Docs"}));
 }
 
 TEST_F(FolderTreeTest, DeleteOnTheRootDoesNothing) {
@@ -155,13 +169,13 @@ TEST_F(FolderTreeTest, DeleteOnTheRootDoesNothing) {
 TEST_F(FolderTreeTest, RenameShowsTheNewNameAndMakesItCurrent) {
     QTreeWidgetItem* alpha = open(QStringLiteral("alpha"));
     QSignalSpy changed(&tree_, &FolderTree::currentFolderChanged);
-    tree_.finishRename(alpha, QStringLiteral("  zeta "));
-    EXPECT_EQ(alpha->text(0), QStringLiteral("zeta"));
-    EXPECT_TRUE(folder_.exists(QStringLiteral("zeta")));
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("zeta/")));
+    tree_.finishRename(alpha, QStringLiteral("  beta "));
+    EXPECT_EQ(alpha->text(0), QStringLiteral("beta"));
+    EXPECT_TRUE(folder_.exists(QStringLiteral("beta")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("beta/")));
     ASSERT_FALSE(changed.isEmpty());
-    // The children are in order again.
-    EXPECT_EQ(ChildTexts(alpha->parent()), (QStringList{"Docs", "Empty", "zeta"}));
+    // The children are in the order a fill gives them, letter case folded.
+    EXPECT_EQ(ChildTexts(alpha->parent()), (QStringList{"beta", "Docs", "Empty"}));
 }
 
 TEST_F(FolderTreeTest, RefusedRenameKeepsTheFolder) {
@@ -204,10 +218,41 @@ TEST_F(FolderTreeTest, RefillFindsFoldersMadeElsewhere) {
     EXPECT_EQ(ChildTexts(docs), (QStringList{"Later", "Sub"}));
 }
 
-TEST_F(FolderTreeTest, RootCannotBeRenamed) {
-    tree_.openPath(QStringLiteral("/"));
-    tree_.startRename();
+TEST_F(FolderTreeTest, EveryWayOfRenamingOpensTheEditorOnFoldersButNotOnTheRoot) {
+    // A second tap counts once the double tap's time is over; a short one keeps this test quick.
+    QStyleHints* hints = QGuiApplication::styleHints();
+    const int doubleTap = hints->mouseDoubleClickInterval();
+    hints->setMouseDoubleClickInterval(100);
+    const auto tap = [this](QPoint position) {
+        QTest::mouseClick(tree_.viewport(), Qt::LeftButton, {}, position);
+        QTest::qWait(QApplication::doubleClickInterval() + 100);
+    };
+    const auto labelOf = [this] {
+        return tree_.visualItemRect(tree_.currentItem()).topLeft() + QPoint(30, 5);
+    };
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"F2", [this] { QTest::keyClick(&tree_, Qt::Key_F2); }},
+        {"menu", [this] { tree_.runCommand(cmd::FolderRename); }},
+        {"second tap", [&] { tap(labelOf()); }},
+    };
+    for (const auto& [way, start] : ways) {
+        open(QStringLiteral("alpha"));
+        start();
+        EXPECT_TRUE(tree_.isEditing()) << way;
+        tree_.endEdit();
+        QApplication::processEvents();
+        tree_.openPath(QStringLiteral("/"));
+        start();
+        EXPECT_FALSE(tree_.isEditing()) << way;
+    }
+    // A tap beside the label is a tap on empty space.
+    QTreeWidgetItem* alpha = open(QStringLiteral("alpha"));
+    const QPoint beside(tree_.viewport()->width() - 5, tree_.visualItemRect(alpha).center().y());
+    ASSERT_TRUE(tree_.isEmptySpace(beside));
+    ASSERT_EQ(tree_.itemAt(beside), alpha);
+    tap(beside);
     EXPECT_FALSE(tree_.isEditing());
+    hints->setMouseDoubleClickInterval(doubleTap);
 }
 
 } // namespace

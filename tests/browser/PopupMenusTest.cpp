@@ -177,9 +177,11 @@ TEST(FilePopupMenu, OptionDropsOkCancelAndTheirSeparator) {
     EXPECT_EQ(menu.back().command, cmd::Refresh);
 }
 
-TEST(FolderPopupMenu, GraysDeleteOnTheRootOnly) {
-    EXPECT_FALSE(Enabled(FolderPopupMenu(true), cmd::FolderDelete));
-    EXPECT_TRUE(Enabled(FolderPopupMenu(false), cmd::FolderDelete));
+TEST(FolderPopupMenu, GraysDeleteAndRenameOnTheRootOnly) {
+    for (int command : {cmd::FolderDelete, cmd::FolderRename}) {
+        EXPECT_FALSE(Enabled(FolderPopupMenu(true), command)) << command;
+        EXPECT_TRUE(Enabled(FolderPopupMenu(false), command)) << command;
+    }
     for (int command :
          {cmd::NewFolder, cmd::FolderProperties, cmd::FolderRefresh, cmd::Ok, cmd::Cancel})
         EXPECT_TRUE(Enabled(FolderPopupMenu(true), command)) << command;

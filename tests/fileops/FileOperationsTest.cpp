@@ -104,8 +104,8 @@ TEST(DeleteFolderTest, AsksFirstAndReportsWhatStayed) {
     scratch.write("F/locked.txt");
     scratch.write("F/other.txt");
     scratch.setReadOnly("F/locked.txt");
-    ScriptedMessageService messages{Answer::No, Answer::Yes, Answer::No,
-                                    Answer::Ok, Answer::Yes, Answer::Yes};
+    ScriptedMessageService messages{Answer::No,  Answer::Yes, Answer::No,  Answer::Ok,
+                                    Answer::Yes, Answer::Yes, Answer::Yes, Answer::Ok};
 
     EXPECT_EQ(DeleteFolder("/", nullptr), Status::BadArgument);
     EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::Skipped);
@@ -114,8 +114,13 @@ TEST(DeleteFolderTest, AsksFirstAndReportsWhatStayed) {
     EXPECT_EQ(scratch.names("F"), QStringList("locked.txt"));
     EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::Done);
     EXPECT_FALSE(scratch.exists("F"));
-    EXPECT_EQ(messages.shown().at(0).text, TextOf(msg::kDeleteFolder, {scratch.path("F")}));
-    EXPECT_EQ(messages.shownIds(), QList<int>({30024, 30024, 0, 30401, 30024, 0}));
+    EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::NotFound);
+    const ShownMessage& question = messages.shown().at(0);
+    EXPECT_EQ(question.text, TextOf(msg::kDeleteFolder, {scratch.path("F")}));
+    EXPECT_EQ(question.icon, MessageIcon::Question);
+    EXPECT_EQ(question.defaultButton, Answer::No);
+    EXPECT_EQ(messages.shownIds(), QList<int>({30024, 30024, 0, 30401, 30024, 0, 30024, 30509}));
+    EXPECT_EQ(messages.shown().back().icon, MessageIcon::None);
 }
 
 TEST(CreateNewFolderTest, TakesTheFirstFreeNumber) {
