@@ -49,9 +49,18 @@ bool AddOwnerWrite(const QString& path, mode_t mode) {
     return ::chmod(QFile::encodeName(path).constData(), (mode & 07777) | S_IWUSR) == 0;
 }
 
-bool WriteWholeFile(const QString& path, const EncodedDocument& encoded) {
+ReplaceOutcome WriteWholeFile(const QString& path, const EncodedDocument& encoded) {
     const std::span<const std::uint8_t> parts[] = {encoded.mark, encoded.body};
-    return ReplaceFileContents(QFile::encodeName(path).toStdString(), parts).succeeded();
+    return ReplaceFileContents(QFile::encodeName(path).toStdString(), parts);
+}
+
+// After a failed rewrite in place that could not be undone, where the old text still is.
+void ShowKeptCopy(const std::string& copy, QWidget* parent) {
+    ShowMessage(
+        {.text = QStringLiteral("元のファイルの内容は、下記ファイルに残してあります。\n\n%s"),
+         .arguments = {QFile::decodeName(QByteArray::fromStdString(copy))},
+         .icon = MessageIcon::Stop,
+         .parent = parent});
 }
 
 } // namespace
@@ -144,8 +153,13 @@ bool SaveDocumentFile(const QString& path, std::u16string_view text, TextEncodin
     if (encoded.status != CodecOk) {
         return fail(ConversionFailureId(encoded.status), {});
     }
-    if (!WriteWholeFile(path, encoded)) {
-        return fail(kNoAccess, path);
+    const ReplaceOutcome outcome = WriteWholeFile(path, encoded);
+    if (!outcome.succeeded()) {
+        fail(kNoAccess, path);
+        if (!outcome.keptCopy.empty()) {
+            ShowKeptCopy(outcome.keptCopy, parent);
+        }
+        return false;
     }
     return true;
 }

@@ -39,35 +39,52 @@ private:
     int fd_;
 };
 
+// A folder is never read; anything but a regular file only as standard input.
+bool IsReadable(const std::string& path, const struct stat& info, std::string& error) {
+    if (S_ISDIR(info.st_mode)) {
+        error = InputName(path) + ": is a folder, not a text file";
+        return false;
+    }
+    if (!S_ISREG(info.st_mode) && path != "-") {
+        error = InputName(path) + ": is not a regular file (give a pipe or a device as standard "
+                                  "input, -)";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& error) {
     const bool standardInput = path == "-";
-    // Non-blocking, so that opening a pipe without a writer returns at once to be refused.
-    const int fd =
-        standardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat info {};
+    // A named input is looked at before it is opened: opening a pipe waits for a writer, and
+    // opening a device may do something of its own.
+    if (!standardInput && (::stat(path.c_str(), &info) != 0 || !IsReadable(path, info, error))) {
+        if (error.empty()) {
+            error = SystemError(path);
+        }
+        return std::nullopt;
+    }
+    // Non-blocking, in case a pipe took the name's place since.
+    const int fd = standardInput
+                       ? STDIN_FILENO
+                       : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) {
         error = SystemError(path);
         return std::nullopt;
     }
     const FileDescriptor closer(standardInput ? -1 : fd);
-
-    struct stat info {};
     if (::fstat(fd, &info) != 0) {
         error = SystemError(path);
         return std::nullopt;
     }
-    if (S_ISDIR(info.st_mode)) {
-        error = InputName(path) + ": is a folder, not a text file";
+    if (!IsReadable(path, info, error)) {
         return std::nullopt;
     }
     const bool regular = S_ISREG(info.st_mode);
-    if (!regular && !standardInput) {
-        error = InputName(path) + ": is not a regular file (give a pipe or a device as standard "
-                                  "input, -)";
-        return std::nullopt;
-    }
-    const std::size_t limit = regular ? SIZE_MAX : kStandardInputLimit;
+    // One byte past the limit tells an input of exactly the limit from a larger one.
+    const std::size_t limit = regular ? SIZE_MAX : kStandardInputLimit + 1;
 
     FileBytes file;
     // One byte more than the size, so that a file that did not change ends with one read.
@@ -81,8 +98,7 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
     for (;;) {
         if (length == capacity) {
             if (capacity >= limit) {
-                error = InputName(path) + ": more than 1 GiB; give a file by name instead";
-                return std::nullopt;
+                break;
             }
             const std::size_t grownCapacity = std::min(capacity * 2, limit);
             void* grown = std::realloc(file.readBuffer_.get(), grownCapacity);
@@ -107,13 +123,15 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
         }
         length += static_cast<std::size_t>(count);
     }
-    file.data_ = file.readBuffer_.get();
+    if (length > kStandardInputLimit && !regular) {
+        error = InputName(path) + ": more than 1 GiB; give a file by name instead";
+        return std::nullopt;
+    }
     file.length_ = length;
     return file;
 }
 
 FileBytes::FileBytes(FileBytes&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)),
-      readBuffer_(std::move(other.readBuffer_)) {}
+    : length_(std::exchange(other.length_, 0)), readBuffer_(std::move(other.readBuffer_)) {}
 
 } // namespace korvel::conv

@@ -29,7 +29,7 @@ public:
     FileBytes& operator=(const FileBytes&) = delete;
     ~FileBytes() = default;
 
-    std::span<const std::uint8_t> bytes() const { return {data_, length_}; }
+    std::span<const std::uint8_t> bytes() const { return {readBuffer_.get(), length_}; }
 
 private:
     struct FreeBlock {
@@ -38,7 +38,6 @@ private:
 
     FileBytes() = default;
 
-    const std::uint8_t* data_ = nullptr;
     std::size_t length_ = 0;
     std::unique_ptr<std::uint8_t, FreeBlock> readBuffer_;
 };

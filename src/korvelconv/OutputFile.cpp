@@ -24,11 +24,17 @@ bool WriteStandardOutput(ByteParts parts, std::string& error) {
 
 bool WriteOutputFile(const std::string& path, ByteParts parts, std::string& error) {
     // The editor overwrites a read-only file only when the user agrees; a batch run cannot ask.
+    // Read-only is the owner's missing write permission, which binds root too.
     struct stat existing {};
-    if (::stat(path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode) &&
-        ::access(path.c_str(), W_OK) != 0) {
-        error = SystemError(path, errno);
-        return false;
+    if (::stat(path.c_str(), &existing) == 0 && S_ISREG(existing.st_mode)) {
+        if ((existing.st_mode & S_IWUSR) == 0) {
+            error = path + ": is read-only";
+            return false;
+        }
+        if (::access(path.c_str(), W_OK) != 0) {
+            error = SystemError(path, errno);
+            return false;
+        }
     }
     const ReplaceOutcome outcome = ReplaceFileContents(path, parts);
     switch (outcome.failure) {
@@ -44,6 +50,9 @@ bool WriteOutputFile(const std::string& path, ByteParts parts, std::string& erro
         break;
     }
     error = SystemError(path, outcome.systemError);
+    if (!outcome.keptCopy.empty()) {
+        error += "; its old content is kept in " + outcome.keptCopy;
+    }
     return false;
 }
 

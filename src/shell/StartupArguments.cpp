@@ -39,16 +39,16 @@ StartupFile StartupFileOf(const QStringList& leftByQt, const QStringList& fileNa
             file.unknownOption = argument;
             return file;
         }
-        names.append(argument);
+        names.append(TrimmedCommandLinePath(argument));
     }
+    // After "--" a name is taken as it stands, blanks and quotes included.
     names += fileNames;
-    for (const QString& name : names) {
-        const QString path = TrimmedCommandLinePath(name);
+    for (const QString& path : names) {
         if (path.isEmpty()) {
             continue;
         }
         if (!file.path.isEmpty()) {
-            file.ignored.append(name);
+            file.ignored.append(path);
             continue;
         }
         file.path = QDir::cleanPath(QDir(workingFolder).absoluteFilePath(path));

@@ -28,8 +28,9 @@ struct StartupFile {
     QStringList ignored;   // further names: the editor holds one document
 };
 
-// leftByQt: the arguments after the program that Qt did not take; fileNames from the split.
-// A relative path is made absolute in workingFolder.
+// leftByQt: the arguments after the program that Qt did not take, trimmed by the start-up rule;
+// fileNames from the split, taken as they stand. A relative path is made absolute in
+// workingFolder.
 StartupFile StartupFileOf(const QStringList& leftByQt, const QStringList& fileNames,
                           const QString& workingFolder);
 

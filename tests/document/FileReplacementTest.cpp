@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace korvel {
@@ -104,13 +105,6 @@ const Refusal kRefusals[] = {
     {"DiskFull", MakeOldFile, ReplaceFailure::System, EFBIG, true},
     {"DiskFullForANewFile", [](const Scratch& s) { return s.path(QStringLiteral("new.txt")); },
      ReplaceFailure::System, EFBIG, true},
-    {"DiskFullThroughALink",
-     [](const Scratch& s) {
-         MakeOldFile(s);
-         QFile::link(QStringLiteral("old.txt"), s.path(QStringLiteral("link")));
-         return s.path(QStringLiteral("link"));
-     },
-     ReplaceFailure::System, EFBIG, true},
     // Written in place: the room is reserved before any old byte goes.
     {"DiskFullForAHardLinkedFile",
      [](const Scratch& s) {
@@ -191,6 +185,21 @@ TEST(ReplaceLinks, ASymbolicLinkStaysALinkAndItsTargetGetsTheBytes) {
         EXPECT_TRUE(QFileInfo(link).isSymLink());
         EXPECT_EQ(Scratch::Read(scratch.path(QString::fromLatin1(target))), QByteArray("new"));
     }
+}
+
+// Extended attributes carry ACLs and notes other programs keep on a file.
+TEST(ReplaceAttributes, ExtendedAttributesStayWithTheFile) {
+    Scratch scratch;
+    const QString path = scratch.write(QStringLiteral("noted.txt"), "old");
+    const QByteArray name = QFile::encodeName(path);
+    if (::setxattr(name.constData(), "user.korvel.note", "kept", 4, 0) != 0) {
+        GTEST_SKIP() << "no user attributes here: " << std::strerror(errno);
+    }
+    ASSERT_TRUE(Replace(path, "new").succeeded());
+    char value[16] = {};
+    EXPECT_EQ(::getxattr(name.constData(), "user.korvel.note", value, sizeof value), 4);
+    EXPECT_STREQ(value, "kept");
+    EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
 }
 
 TEST(ReplaceOwnership, AnotherUsersFileKeepsItsOwnerGroupAndSetIdBits) {

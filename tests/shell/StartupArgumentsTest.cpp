@@ -57,6 +57,7 @@ TEST(StartupFileOf, OneAbsolutePathOrTheOptionThatWasNotUnderstood) {
         {"dot slash", {"./-style"}, {}, "/home/user/-style", {}, {}},
         {"absolute", {"/tmp/a.txt"}, {}, "/tmp/a.txt", {}, {}},
         {"after double dash", {}, {"-style"}, "/home/user/-style", {}, {}},
+        {"after double dash as it stands", {}, {" \"x\" "}, "/home/user/ \"x\" ", {}, {}},
         {"quoted", {"\"../a b.txt\""}, {}, "/home/a b.txt", {}, {}},
         {"lone dash is a name", {"-"}, {}, "/home/user/-", {}, {}},
         {"unknown option", {"-stlye", "a.txt"}, {}, {}, "-stlye", {}},
