@@ -7,8 +7,8 @@
 #include "browser/Shortcut.h"
 #include "browser/Wildcard.h"
 #include "fileops/FileClipboard.h"
+#include "fileops/FileOpPrompt.h"
 #include "fileops/FileSystem.h"
-#include "messages/MessageService.h"
 #include "messages/StringTable.h"
 #include "settings/SettingsStore.h"
 
@@ -35,17 +35,15 @@ namespace flag = browse_flag;
 namespace option = browse_option;
 
 constexpr int kOptionLabel = 30303;
-constexpr int kFolderMissing = 30023;
-constexpr int kCreateQuestion = 30010;
-constexpr int kOverwriteQuestion = 30013;
-constexpr int kFolderOfSameName = 30014;
-constexpr int kUnlockQuestion = 30028;
-constexpr int kForbiddenCharacters = 30503;
-constexpr int kAttributeChangeFailed = 30507;
-constexpr int kPickFromList = 30511;
-constexpr int kTypeAName = 30512;
-constexpr int kPickOrTypeAName = 30513;
-const char16_t kEntryNotFound[] = u"下記ファイル・フォルダが見つかりません。\n\n%s";
+constexpr FileOpMessage kFolderMissing{30023};
+constexpr FileOpMessage kCreateQuestion{30010};
+constexpr FileOpMessage kOverwriteQuestion{30013};
+constexpr FileOpMessage kFolderOfSameName{30014};
+constexpr FileOpMessage kUnlockQuestion{30028};
+constexpr FileOpMessage kForbiddenCharacters{30503};
+constexpr FileOpMessage kPickFromList{30511};
+constexpr FileOpMessage kTypeAName{30512};
+constexpr FileOpMessage kPickOrTypeAName{30513};
 
 // The characters a typed name may not hold. The message lists both slashes; "/" separates
 // folders here, so it is the backslash that is refused.
@@ -67,23 +65,6 @@ QStringList SplitChoices(const QString& text) {
         parts.append(part.toString());
     }
     return parts;
-}
-
-QString ParentFolderOf(const QString& folder) {
-    const QString path = files::WithoutTrailingSlash(folder);
-    const qsizetype slash = path.lastIndexOf(u'/');
-    return slash > 0 ? path.left(slash + 1) : QStringLiteral("/");
-}
-
-MessageAnswer Ask(int id, const QString& path, QWidget* parent) {
-    MessageRequest question;
-    question.id = id;
-    question.arguments = {path};
-    question.buttons = MessageButtons::YesNo;
-    question.icon = MessageIcon::Question;
-    question.defaultButton = MessageAnswer::No;
-    question.parent = parent;
-    return ShowMessage(question);
 }
 
 // Sees the events of one dialog before the dialog and its controls do.
@@ -420,7 +401,7 @@ void FileBrowserDialog::openListRow(int row) {
     if (tapped == nullptr)
         return;
     if (tapped->entry.isParent())
-        tree_->openPath(ParentFolderOf(list_->folder()));
+        tree_->openPath(files::ParentFolderOf(list_->folder()));
     else if (tapped->entry.isFolder())
         tree_->openPath(list_->folder() + tapped->entry.name);
     else if (tapped->isShortcutToFolder())
@@ -542,11 +523,11 @@ bool FileBrowserDialog::validateSelection() {
 
 bool FileBrowserDialog::validateTypedPath(const QString& path) {
     if ((request_.flags & flag::FileMustExist) != 0 && !files::Exists(path)) {
-        refuseName(0, {path}, QString::fromUtf16(kEntryNotFound));
+        refuseName(fileops_message::kEntryNotFound, {path});
         return false;
     }
     if ((request_.flags & flag::PathMustExist) != 0) {
-        const QString parent = files::WithoutTrailingSlash(ParentFolderOf(path));
+        const QString parent = files::WithoutTrailingSlash(files::ParentFolderOf(path));
         if (!QFileInfo(parent.isEmpty() ? QStringLiteral("/") : parent).isDir()) {
             refuseName(kFolderMissing, {parent});
             return false;
@@ -560,36 +541,27 @@ bool FileBrowserDialog::validateTypedPath(const QString& path) {
 }
 
 bool FileBrowserDialog::runSaveChecks(const QString& path) {
+    const FileOpPrompt prompt(true, this);
     switch (files::KindOf(path)) {
     case files::EntryKind::Missing:
-        return (request_.flags & flag::CreatePrompt) == 0 ||
-               Ask(kCreateQuestion, path, this) == MessageAnswer::Yes;
-    case files::EntryKind::Folder: {
-        MessageRequest refusal;
-        refusal.id = kFolderOfSameName;
-        refusal.arguments = {path};
-        refusal.parent = this;
-        ShowMessage(refusal);
+        return (request_.flags & flag::CreatePrompt) == 0 || prompt.agrees(kCreateQuestion, {path});
+    case files::EntryKind::Folder:
+        prompt.tell(kFolderOfSameName, {path});
         return false;
-    }
     case files::EntryKind::File:
         break;
     }
     if (files::IsReadOnly(path) && (request_.options & option::UnlockReadOnly) != 0) {
-        if (Ask(kUnlockQuestion, path, this) != MessageAnswer::Yes)
+        if (!prompt.agrees(kUnlockQuestion, {path}))
             return false;
         if (files::ClearReadOnly(path) != FileOpStatus::Done) {
-            MessageRequest failure;
-            failure.id = kAttributeChangeFailed;
-            failure.icon = MessageIcon::Stop;
-            failure.parent = this;
-            ShowMessage(failure);
+            prompt.tell(fileops_message::kAttributeChangeError, {}, MessageIcon::Stop);
             return false;
         }
         return true;
     }
     return (request_.flags & flag::OverwritePrompt) == 0 ||
-           Ask(kOverwriteQuestion, path, this) == MessageAnswer::Yes;
+           prompt.agrees(kOverwriteQuestion, {path});
 }
 
 void FileBrowserDialog::finish(const QString& folder, const QStringList& names) {
@@ -628,13 +600,8 @@ QString FileBrowserDialog::selectedPattern() const {
     return typePatterns_.value(typeBox_->currentIndex());
 }
 
-void FileBrowserDialog::refuseName(int id, const QStringList& arguments, const QString& text) {
-    MessageRequest refusal;
-    refusal.id = id;
-    refusal.text = text;
-    refusal.arguments = arguments;
-    refusal.parent = this;
-    ShowMessage(refusal);
+void FileBrowserDialog::refuseName(FileOpMessage message, const QStringList& arguments) {
+    FileOpPrompt(true, this).tell(message, arguments);
     focusName();
 }
 

@@ -14,6 +14,7 @@ namespace korvel {
 
 class FileClipboard;
 class FileListCtrl;
+struct FileOpMessage;
 class FolderTree;
 class HoldGesture;
 
@@ -72,7 +73,7 @@ private:
     QString fullPath(const QString& folder, const QString& name) const;
     QString followShortcut(const QString& path) const;
     QString selectedPattern() const;
-    void refuseName(int id, const QStringList& arguments = {}, const QString& text = {});
+    void refuseName(FileOpMessage message, const QStringList& arguments = {});
     void focusName();
     bool hasNameBox() const;
     bool hasFileList() const;

@@ -31,14 +31,6 @@ int Scaled(const QWidget* widget, int pixels) {
     return qRound(pixels * qMax(1.0, widget->logicalDpiX() / 96.0));
 }
 
-QString ParentFolderOf(const QString& folder) {
-    QString path = folder;
-    while (path.endsWith(u'/'))
-        path.chop(1);
-    const qsizetype slash = path.lastIndexOf(u'/');
-    return slash > 0 ? path.left(slash + 1) : QStringLiteral("/");
-}
-
 bool IsEnterKey(const QKeyEvent* event) {
     return event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
 }
@@ -289,7 +281,7 @@ void FileListCtrl::runCommand(int command) {
         selectAll();
         break;
     case cmd::ParentFolder:
-        moveTo(ParentFolderOf(folder()));
+        moveTo(files::ParentFolderOf(folder()));
         break;
     case cmd::SelectLnk:
     case cmd::Ok:
@@ -464,7 +456,7 @@ void FileListCtrl::openRow(int row) {
     if (tapped == nullptr)
         return;
     if (tapped->entry.isParent())
-        moveTo(ParentFolderOf(folder()));
+        moveTo(files::ParentFolderOf(folder()));
     else if (tapped->entry.isFolder())
         moveTo(folder() + tapped->entry.name);
     else if (tapped->isShortcutToFolder())
@@ -561,7 +553,7 @@ void FileListCtrl::showProperties() {
     if (rows.size() != 1 || multiSelectMode_)
         return;
     const FileEntry& entry = listing_.row(rows.front())->entry;
-    QString path = entry.isParent() ? ParentFolderOf(folder()) : folder() + entry.name;
+    QString path = entry.isParent() ? files::ParentFolderOf(folder()) : folder() + entry.name;
     if (path.size() > 1 && path.endsWith(u'/'))
         path.chop(1);
     PropertiesDialog dialog(path, this);

@@ -1,8 +1,8 @@
 #include "browser/PropertiesDialog.h"
 
 #include "browser/FileEntry.h"
+#include "fileops/FileOpPrompt.h"
 #include "fileops/FileSystem.h"
-#include "messages/MessageService.h"
 
 #include <QCheckBox>
 #include <QDateTime>
@@ -16,8 +16,6 @@
 
 namespace korvel {
 namespace {
-
-constexpr int kAttributeChangeFailed = 30507;
 
 QLabel* Value(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -88,11 +86,8 @@ bool PropertiesDialog::apply() {
         status = files::SetAttributes(path_, files::Attributes{mode});
     }
     if (status != FileOpStatus::Done) {
-        MessageRequest request;
-        request.id = kAttributeChangeFailed;
-        request.icon = MessageIcon::Stop;
-        request.parent = this;
-        ShowMessage(request);
+        FileOpPrompt(true, this)
+            .tell(fileops_message::kAttributeChangeError, {}, MessageIcon::Stop);
         return false;
     }
     readOnly_ = readOnlyBox_->isChecked();

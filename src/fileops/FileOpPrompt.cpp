@@ -29,8 +29,9 @@ bool FileOpPrompt::agrees(FileOpMessage message, const QStringList& arguments) c
                 MessageAnswer::No) == MessageAnswer::Yes;
 }
 
-void FileOpPrompt::tell(FileOpMessage message, MessageIcon icon) const {
-    show(message, {}, MessageButtons::Ok, icon, MessageAnswer::Ok);
+void FileOpPrompt::tell(FileOpMessage message, const QStringList& arguments,
+                        MessageIcon icon) const {
+    show(message, arguments, MessageButtons::Ok, icon, MessageAnswer::Ok);
 }
 
 MessageAnswer FileOpPrompt::show(FileOpMessage message, const QStringList& arguments,

@@ -92,7 +92,8 @@ public:
     // A Yes / No question with No as the default.
     bool agrees(FileOpMessage message, const QStringList& arguments) const;
     // An OK box.
-    void tell(FileOpMessage message, MessageIcon icon = MessageIcon::None) const;
+    void tell(FileOpMessage message, const QStringList& arguments = {},
+              MessageIcon icon = MessageIcon::None) const;
 
 private:
     MessageAnswer show(FileOpMessage message, const QStringList& arguments, MessageButtons buttons,

@@ -217,7 +217,7 @@ NewFolderOutcome CreateNewFolder(const QString& parentFolder, QWidget* parent) {
             return {Status::Done,
                     FormatMessage(LoadString(kNewFolderLabel), {QString::number(number)})};
         }
-        prompt.tell(msg::kNewFolderFailed, MessageIcon::Stop);
+        prompt.tell(msg::kNewFolderFailed, {}, MessageIcon::Stop);
         return {Status::Failed, {}};
     }
     prompt.tell(msg::kNoMoreFolders);
@@ -233,7 +233,7 @@ RenameOutcome RenameFolder(const QString& folder, const QString& editedName, QWi
     }
     const QString path = files::WithoutTrailingSlash(folder);
     if (!path.startsWith(u'/')) {
-        prompt.tell(msg::kRenameFailed, MessageIcon::Stop);
+        prompt.tell(msg::kRenameFailed, {}, MessageIcon::Stop);
         return {Status::BadArgument, original, false};
     }
     const qsizetype slash = path.lastIndexOf(u'/');
@@ -241,22 +241,22 @@ RenameOutcome RenameFolder(const QString& folder, const QString& editedName, QWi
         return {Status::Done, original, false};
     }
     if (HasForbiddenCharacter(name)) {
-        prompt.tell(msg::kRenameBadCharacters, MessageIcon::Stop);
+        prompt.tell(msg::kRenameBadCharacters, {}, MessageIcon::Stop);
         return {Status::BadArgument, original, true};
     }
     const QString target = path.left(slash + 1) + name;
     switch (files::KindOf(target)) {
     case EntryKind::Folder:
-        prompt.tell(msg::kRenameFolderExists, MessageIcon::Stop);
+        prompt.tell(msg::kRenameFolderExists, {}, MessageIcon::Stop);
         return {Status::FolderInTheWay, original, true};
     case EntryKind::File:
-        prompt.tell(msg::kRenameFileExists, MessageIcon::Stop);
+        prompt.tell(msg::kRenameFileExists, {}, MessageIcon::Stop);
         return {Status::NotAFolder, original, true};
     case EntryKind::Missing:
         break;
     }
     if (files::RenameEntry(path, target) != files::RenameResult::Done) {
-        prompt.tell(msg::kRenameFailed, MessageIcon::Stop);
+        prompt.tell(msg::kRenameFailed, {}, MessageIcon::Stop);
         return {Status::Failed, original, false};
     }
     return {Status::Done, files::AsFolderPath(target), false};

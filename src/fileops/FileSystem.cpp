@@ -204,6 +204,12 @@ QString WithoutTrailingSlash(const QString& path) {
     return path.left(end);
 }
 
+QString ParentFolderOf(const QString& path) {
+    const QString entry = WithoutTrailingSlash(path);
+    const qsizetype slash = entry.lastIndexOf(u'/');
+    return slash > 0 ? entry.left(slash + 1) : QStringLiteral("/");
+}
+
 bool IsSameFolder(const QString& first, const QString& second) {
     const std::optional<struct stat> one = TargetStatus(Native(first));
     const std::optional<struct stat> other = TargetStatus(Native(second));

@@ -33,6 +33,8 @@ bool IsPlainName(const QString& name);
 QString AsFolderPath(const QString& path);
 // The path without trailing "/"; "/" gives "".
 QString WithoutTrailingSlash(const QString& path);
+// The folder that holds path, ending in one "/"; the root is its own parent.
+QString ParentFolderOf(const QString& path);
 
 // Whether both paths lead to the same folder on disk, however they are spelt (case on a
 // case-insensitive volume, links, "..").

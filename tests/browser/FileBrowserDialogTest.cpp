@@ -4,6 +4,8 @@
 #include "browser/FileListCtrl.h"
 #include "browser/FolderTree.h"
 #include "fileops/FileClipboard.h"
+#include "fileops/FileOpPrompt.h"
+#include "messages/MessageFormat.h"
 #include "messages/StringTable.h"
 #include "messages/testing/ScriptedMessageService.h"
 #include "settings/SettingsStore.h"
@@ -289,8 +291,8 @@ TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
         EXPECT_FALSE(okWith(QStringLiteral("missing.txt")));
         ASSERT_EQ(messages.shown().size(), 1);
         EXPECT_EQ(messages.shown().front().text,
-                  QStringLiteral("下記ファイル・フォルダが見つかりません。\n\n") +
-                      folder_.pathOf(QStringLiteral("missing.txt")));
+                  FormatMessage(QString::fromUtf16(fileops_message::kEntryNotFound.text),
+                                {folder_.pathOf(QStringLiteral("missing.txt"))}));
         EXPECT_TRUE(nameIsSelected());
     }
     request_.flags = flag::PathMustExist;

@@ -71,6 +71,14 @@ TEST(FileSystemTest, FoldersAreComparedByWhatThePathLeadsTo) {
     EXPECT_FALSE(files::IsWithin(scratch.path("a"), scratch.path("a/b")));
 }
 
+TEST(FileSystemTest, TheParentFolderEndsInOneSlashAndTheRootIsItsOwn) {
+    const std::pair<QString, QString> cases[] = {
+        {"/a/b/", "/a/"}, {"/a/b//", "/a/"}, {"/a/b", "/a/"}, {"/a", "/"}, {"/", "/"}};
+    for (const auto& [path, parent] : cases) {
+        EXPECT_EQ(files::ParentFolderOf(path), parent) << path.toStdString();
+    }
+}
+
 TEST(FileSystemTest, RenameNeverReplacesAnEntry) {
     ScratchFolder scratch;
     scratch.write("one", "1");
