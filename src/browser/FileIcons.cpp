@@ -41,19 +41,40 @@ QPixmap ShortcutEmblem(int size) {
     return pixmap;
 }
 
-QIcon WithShortcutMark(const QIcon& base) {
-    QIcon marked;
-    for (int size : {16, 22, 24, 32, 48}) {
-        QPixmap pixmap = base.pixmap(size, size);
-        if (pixmap.isNull())
-            continue;
-        QPainter painter(&pixmap);
-        const int emblemSize = qMax(8, size / 2);
-        painter.drawPixmap(0, size - emblemSize, ShortcutEmblem(emblemSize));
-        painter.end();
-        marked.addPixmap(pixmap);
+// The sizes every icon is drawn in beforehand: the small icon of 100% to 400% and the steps
+// between, so that no row ever gets an icon larger or smaller than the square it was laid out
+// for.
+constexpr int kIconSizes[] = {16, 20, 24, 32, 40, 48, 64};
+
+// The icon filling a square of exactly size pixels, centred. Themes and styles offer odd shapes
+// (a speaker 16 x 14) and odd sizes (a folder at 16 only, a page at 22 but not 16), and a view
+// draws what it is given.
+QPixmap SquarePixmap(const QIcon& icon, int size) {
+    QPixmap square(size, size);
+    square.fill(Qt::transparent);
+    const QPixmap source = icon.pixmap(QSize(size, size), 1.0);
+    if (source.isNull())
+        return square;
+    const QSize fitted = source.size().scaled(size, size, Qt::KeepAspectRatio);
+    QPainter painter(&square);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(
+        QRect(QPoint((size - fitted.width()) / 2, (size - fitted.height()) / 2), fitted), source);
+    return square;
+}
+
+QIcon Squared(const QIcon& base, bool shortcutMark = false) {
+    QIcon squared;
+    for (int size : kIconSizes) {
+        QPixmap pixmap = SquarePixmap(base, size);
+        if (shortcutMark) {
+            QPainter painter(&pixmap);
+            const int emblemSize = qMax(8, size / 2);
+            painter.drawPixmap(0, size - emblemSize, ShortcutEmblem(emblemSize));
+        }
+        squared.addPixmap(pixmap);
     }
-    return marked;
+    return squared;
 }
 
 std::array<QIcon, file_icon::Count> MakeFileIcons() {
@@ -65,8 +86,10 @@ std::array<QIcon, file_icon::Count> MakeFileIcons() {
     icons[file_icon::Html] = ThemeIcon("text-html", QStyle::SP_FileIcon);
     icons[file_icon::Program] = ThemeIcon("application-x-executable", QStyle::SP_ComputerIcon);
     icons[file_icon::Generic] = ThemeIcon("unknown", "text-x-generic", QStyle::SP_FileIcon);
-    for (int plain = 0; plain < file_icon::Count; plain += 2)
-        icons[plain + file_icon::ShortcutMark] = WithShortcutMark(icons[plain]);
+    for (int plain = 0; plain < file_icon::Count; plain += 2) {
+        icons[plain + file_icon::ShortcutMark] = Squared(icons[plain], true);
+        icons[plain] = Squared(icons[plain]);
+    }
     return icons;
 }
 
@@ -78,17 +101,17 @@ const QIcon& FileIcon(int index) {
 }
 
 const QIcon& FolderIcon() {
-    static const QIcon icon = ThemeIcon("folder", QStyle::SP_DirClosedIcon);
+    static const QIcon icon = Squared(ThemeIcon("folder", QStyle::SP_DirClosedIcon));
     return icon;
 }
 
 const QIcon& OpenFolderIcon() {
-    static const QIcon icon = ThemeIcon("folder-open", QStyle::SP_DirOpenIcon);
+    static const QIcon icon = Squared(ThemeIcon("folder-open", QStyle::SP_DirOpenIcon));
     return icon;
 }
 
 const QIcon& DeviceIcon() {
-    static const QIcon icon = ThemeIcon("drive-harddisk", QStyle::SP_DriveHDIcon);
+    static const QIcon icon = Squared(ThemeIcon("drive-harddisk", QStyle::SP_DriveHDIcon));
     return icon;
 }
 

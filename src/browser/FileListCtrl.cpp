@@ -11,6 +11,7 @@
 #include <QListView>
 #include <QMouseEvent>
 #include <QStackedLayout>
+#include <QStyledItemDelegate>
 #include <QTreeView>
 #include <algorithm>
 
@@ -35,11 +36,29 @@ bool IsEnterKey(const QKeyEvent* event) {
     return event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
 }
 
+// How much of a name the icon style's cells show, in average characters; a longer name ends in
+// "...", as in a file manager's small icons.
+constexpr int kIconCellCharacters = 16;
+
 } // namespace
+
+// Draws the rows of the icon and list styles in cells of one size: a name too long for its cell
+// is cut short with "..." inside it, and the selection covers the cell, never a neighbour.
+class CellDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize cellSize() const { return cell_; }
+    void setCellSize(QSize size) { cell_ = size; }
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override { return cell_; }
+
+private:
+    QSize cell_;
+};
 
 FileListCtrl::FileListCtrl(QWidget* parent)
     : QWidget(parent), model_(listing_), stack_(new QStackedLayout(this)),
-      details_(new QTreeView(this)), icons_(new QListView(this)) {
+      details_(new QTreeView(this)), icons_(new QListView(this)), cells_(new CellDelegate(this)) {
     stack_->setContentsMargins(0, 0, 0, 0);
 
     details_->setModel(&model_);
@@ -68,6 +87,11 @@ FileListCtrl::FileListCtrl(QWidget* parent)
     icons_->setBatchSize(500);
     icons_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     icons_->setTextElideMode(Qt::ElideRight);
+    icons_->setItemDelegate(cells_);
+    // Small icons in every style; a style may make its list views' icons larger.
+    const int iconSize = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+    details_->setIconSize(QSize(iconSize, iconSize));
+    icons_->setIconSize(QSize(iconSize, iconSize));
 
     stack_->addWidget(details_);
     stack_->addWidget(icons_);
@@ -125,6 +149,7 @@ FileOpStatus FileListCtrl::refresh() {
     const FileOpStatus status = listing_.refresh();
     ++generation_;
     model_.reload();
+    layoutCells();
     return status;
 }
 
@@ -135,6 +160,7 @@ FileOpStatus FileListCtrl::refreshPattern(const QString& pattern) {
     const FileOpStatus status = listing_.refreshPattern(pattern);
     ++generation_;
     model_.reload();
+    layoutCells();
     return status;
 }
 
@@ -161,14 +187,10 @@ void FileListCtrl::setListStyle(int style) {
         model_.updateTexts();
         layoutColumns();
     } else {
-        // Small icons flow in rows, the list style in columns; cells of one size keep a folder
-        // of thousands of files quick to lay out.
-        const QFontMetrics metrics = icons_->fontMetrics();
-        const int characters = style == list_style::Icons ? 10 : 18;
+        // Small icons flow in rows, the list style in columns.
         icons_->setFlow(style == list_style::Icons ? QListView::LeftToRight
                                                    : QListView::TopToBottom);
-        icons_->setGridSize(
-            QSize(metrics.averageCharWidth() * characters + 24, qMax(metrics.height(), 16) + 6));
+        layoutCells();
         stack_->setCurrentWidget(icons_);
     }
     if (hadFocus)
@@ -324,6 +346,8 @@ bool FileListCtrl::eventFilter(QObject* watched, QEvent* event) {
         // has sized the view; the columns follow it from here.
         if (onViewport && view == details_)
             layoutColumns();
+        else if (onViewport)
+            layoutCells();
         return false;
     case QEvent::ContextMenu: {
         // A right click was taken as the gesture when it went down; the Menu key opens the
@@ -493,6 +517,31 @@ void FileListCtrl::layoutColumns() {
                                                           : width - Scaled(this, 140));
     details_->setColumnWidth(1, Scaled(this, 50));
     details_->setColumnWidth(2, Scaled(this, 70));
+}
+
+// Cells of one size keep a folder of thousands of files quick to lay out. The list style's
+// columns are as wide as the widest name, so that no name is cut short beside free room; a name
+// wider than the view is.
+void FileListCtrl::layoutCells() {
+    if (style_ == list_style::Details)
+        return;
+    const QFontMetrics metrics = icons_->fontMetrics();
+    int text = metrics.averageCharWidth() * kIconCellCharacters;
+    if (style_ == list_style::List) {
+        text = 0;
+        for (const FileRow& row : listing_.rows())
+            text = qMax(text, metrics.horizontalAdvance(row.displayName));
+    }
+    // The delegate keeps a margin on either side of the icon and of the text: the focus frame's
+    // and a pixel.
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, icons_) + 1;
+    const int icon = icons_->iconSize().width();
+    const int width = qMin(icon + text + 4 * margin, qMax(icons_->viewport()->width(), icon));
+    const QSize cell(width, qMax(metrics.height(), icon) + 2 * margin);
+    if (cell == cells_->cellSize())
+        return;
+    cells_->setCellSize(cell);
+    emit cells_->sizeHintChanged(model_.index(0, 0));
 }
 
 QStringList FileListCtrl::selectedNames() const {

@@ -14,6 +14,7 @@ class QTreeView;
 
 namespace korvel {
 
+class CellDelegate;
 class FileClipboard;
 class HoldGesture;
 
@@ -102,6 +103,7 @@ private:
     void sortFromHeader(int column);
     void showSortIndicator();
     void layoutColumns();
+    void layoutCells();
     QStringList selectedNames() const;
     QModelIndex indexAt(QAbstractItemView* view, QPoint position) const;
     HoldGesture* holdOf(QAbstractItemView* view) const;
@@ -119,6 +121,7 @@ private:
     QStackedLayout* stack_ = nullptr;
     QTreeView* details_ = nullptr;
     QListView* icons_ = nullptr;
+    CellDelegate* cells_ = nullptr;
     HoldGesture* detailsHold_ = nullptr;
     HoldGesture* iconsHold_ = nullptr;
     int style_ = list_style::Details;

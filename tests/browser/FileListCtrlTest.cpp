@@ -263,14 +263,34 @@ TEST_F(FileListCtrlTest, ShowFoldersCommandTogglesAndRefreshes) {
     EXPECT_TRUE(names().contains("sub"));
 }
 
-TEST_F(FileListCtrlTest, StyleCommandsSwitchViews) {
+TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
+    const QString longName = QStringLiteral("a name long enough to run under its neighbours.txt");
+    folder_.writeFile(longName);
     create();
     QAbstractItemView* details = list_.view();
-    list_.runCommand(cmd::StyleIcons);
-    EXPECT_EQ(list_.listStyle(), list_style::Icons);
-    EXPECT_NE(list_.view(), details);
-    list_.runCommand(cmd::StyleList);
-    EXPECT_EQ(list_.listStyle(), list_style::List);
+    const int icon = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
+    for (const auto& [command, style] : {std::pair{cmd::StyleIcons, list_style::Icons},
+                                         std::pair{cmd::StyleList, list_style::List}}) {
+        list_.runCommand(command);
+        QApplication::processEvents();
+        EXPECT_EQ(list_.listStyle(), style);
+        QAbstractItemView* view = list_.view();
+        EXPECT_NE(view, details);
+        EXPECT_EQ(view->iconSize(), QSize(icon, icon)) << style;
+        QList<QRect> cells;
+        for (int row = 0; row < list_.rowCount(); ++row)
+            cells.append(view->visualRect(view->model()->index(row, 0)));
+        for (qsizetype i = 0; i < cells.size(); ++i) {
+            for (qsizetype j = i + 1; j < cells.size(); ++j)
+                EXPECT_FALSE(cells[i].intersects(cells[j])) << style << ": " << i << ", " << j;
+        }
+        EXPECT_GE(cells.front().height(), icon);
+    }
+    // Room beside it: the list style shows the longest name whole.
+    const QRect longest =
+        list_.view()->visualRect(list_.view()->model()->index(names().indexOf(longName), 0));
+    EXPECT_GT(longest.width(), list_.view()->fontMetrics().horizontalAdvance(longName) + icon);
+
     list_.runCommand(cmd::StyleDetails);
     EXPECT_EQ(list_.view(), details);
     EXPECT_EQ(list_.popupState().listStyle, list_style::Details);
