@@ -129,7 +129,6 @@ bool SaveDocumentFile(const QString& path, std::u16string_view text, TextEncodin
                                                   .arguments = {path},
                                                   .buttons = MessageButtons::YesNo,
                                                   .icon = MessageIcon::Question,
-                                                  .defaultButton = MessageAnswer::No,
                                                   .parent = parent});
         if (answer != MessageAnswer::Yes) {
             return false;

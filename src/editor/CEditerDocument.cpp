@@ -217,7 +217,6 @@ bool CEditer::saveAs() {
     if (!saveDocument(path, encoding, lineEnding))
         return false;
     adoptDocument(path, encoding, lineEnding);
-    emit fileUsed(path);
     return true;
 }
 

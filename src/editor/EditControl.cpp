@@ -67,6 +67,20 @@ size_t FittingLength(std::u16string_view text, qsizetype room) {
     return length;
 }
 
+bool IsEditCommandKey(const QKeyEvent& key) {
+    for (const QKeySequence::StandardKey standard :
+         {QKeySequence::Copy, QKeySequence::Cut, QKeySequence::Paste, QKeySequence::Undo,
+          QKeySequence::Redo, QKeySequence::SelectAll})
+        if (key.matches(standard))
+            return true;
+    const QKeyCombination combination = key.keyCombination();
+    for (const QKeyCombination edit : {Qt::CTRL | Qt::Key_Insert, Qt::SHIFT | Qt::Key_Insert,
+                                       Qt::SHIFT | Qt::Key_Delete, Qt::ALT | Qt::Key_Backspace})
+        if (combination == edit)
+            return true;
+    return false;
+}
+
 } // namespace
 
 EditControl::EditControl(QWidget* parent) : QPlainTextEdit(parent) {}
@@ -77,10 +91,19 @@ bool EditControl::canPaste() const {
 }
 
 bool EditControl::event(QEvent* event) {
-    // Caught before QWidget::event, which would otherwise offer Tab to focus navigation.
+    // The edit keys are the window's: a control that claimed them would copy, paste or undo
+    // past the commands, and past whatever records or routes them. Where no command has the
+    // key, it comes back as an ordinary key press.
+    if (event->type() == QEvent::ShortcutOverride &&
+        IsEditCommandKey(*static_cast<QKeyEvent*>(event))) {
+        event->ignore();
+        return true;
+    }
+    // Caught before QWidget::event, which would otherwise offer Tab to focus navigation. With
+    // any modifier (Shift+Tab arrives as Backtab) it is still a tab for the text.
     if (event->type() == QEvent::KeyPress && !isReadOnly()) {
         auto* key = static_cast<QKeyEvent*>(event);
-        if (key->key() == Qt::Key_Tab && (key->modifiers() & ~Qt::KeypadModifier) == 0) {
+        if (key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab) {
             key->accept();
             if (fits(1))
                 insertAtSelection(u"\t");
@@ -93,6 +116,11 @@ bool EditControl::event(QEvent* event) {
 }
 
 void EditControl::keyPressEvent(QKeyEvent* event) {
+    // The text has one undo direction only.
+    if (event->matches(QKeySequence::Redo)) {
+        event->accept();
+        return;
+    }
     if (isReadOnly()) {
         QPlainTextEdit::keyPressEvent(event);
         return;

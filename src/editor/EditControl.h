@@ -8,8 +8,10 @@ namespace korvel {
 // One of the view's two edit controls. The document is set from outside (made by
 // CreateEditorDocument) and may be taken away at any time; the control keeps nothing of it.
 //
-// - Tab inserts a tab character at the selection and never moves the focus. Shift+Tab is left
-//   to Qt, which does not move the focus out of an editable control either.
+// - Tab, with any modifier, inserts a tab character at the selection and never moves the focus.
+// - The edit keys (copy, cut, paste, undo, select all, and Ctrl+Insert, Shift+Insert,
+//   Shift+Delete, Alt+Backspace) are left to the window's commands when it has them; redo
+//   keys do nothing.
 // - Typed text, input method commits, paste and drop are held to the text limit (counted as
 //   EditorTextLength counts): typing that would pass it is refused with a beep, a paste or a
 //   drop is cut to what fits. Text put in with SetEditorText is not limited.

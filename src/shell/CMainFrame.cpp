@@ -12,6 +12,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
@@ -55,7 +56,7 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
         addAction(commands_->action(id));
 
     connect(view_, &CEditer::documentChanged, this, &CMainFrame::updateTitle);
-    connect(view_, &CEditer::modificationChanged, this, &QWidget::setWindowModified);
+    connect(view_, &CEditer::modificationChanged, this, &CMainFrame::updateTitle);
     connect(view_, &CEditer::fileUsed, this,
             [this](const QString& path) { recentFiles_->add(path); });
     connect(view_, &CEditer::commandStatesChanged, commands_, &CommandTable::updateStates);
@@ -101,7 +102,7 @@ void CMainFrame::addCommands() {
     table.add(command::WordWrap, text(command::WordWrap),
               {[view] { view->toggleWordWrap(); }, {}, [view] { return view->wordWrap(); }});
     table.add(command::PopUpMainMenu, QStringLiteral("ﾒﾆｭｰ"), {[this] { popUpMainMenu(); }});
-    table.add(command::HelpTopics, text(command::HelpTopics), {[] { OpenHelpPage(); }});
+    table.add(command::HelpTopics, text(command::HelpTopics), {[this] { showHelpPage(); }});
 
     table.add(command::RecentFile1, text(command::RecentFile1),
               {[this] { openRecentFile(0); }, [this] { return !recentFiles_->paths().isEmpty(); }});
@@ -147,6 +148,22 @@ QMenu* CMainFrame::showContextMenu(QPoint position) {
     return menu;
 }
 
+void CMainFrame::showHelpPage() {
+    const QUrl page = HelpPageUrl();
+    if (page.isValid() && QDesktopServices::openUrl(page))
+        return;
+    // Without a browser, or without the page, the user still learns where help is to be had.
+    MessageRequest request;
+    request.text = page.isValid()
+                       ? QStringLiteral("ヘルプを表示できるブラウザが見つかりません。\n"
+                                        "ブラウザで下記ファイルを開いてください。\n\n%s")
+                       : QStringLiteral("ヘルプファイル KORVEL100.htm が見つかりません。");
+    request.arguments = {page.toLocalFile()};
+    request.icon = MessageIcon::Stop;
+    request.parent = this;
+    ShowMessage(request);
+}
+
 void CMainFrame::popUpMainMenu() {
     commands_->updateStates();
     mainMenu_->popup(mapToGlobal(QPoint(0, view_->height())));
@@ -160,8 +177,8 @@ void CMainFrame::setMacroState(std::function<bool()> playing, std::function<bool
 void CMainFrame::updateTitle() {
     const QString path = view_->path();
     const QString name = path.isEmpty() ? LoadString(kUntitledTitle) : QFileInfo(path).fileName();
-    setWindowTitle(name + QStringLiteral("[*]"));
-    setWindowModified(view_->isModified());
+    // The program's own modified mark, appended once.
+    setWindowTitle(view_->isModified() ? name + QStringLiteral(" *") : name);
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {

@@ -37,6 +37,8 @@ public:
     QMenu* showContextMenu(QPoint position);
     // Ctrl+M: the main menu at the left edge, level with the bottom of the view.
     void popUpMainMenu();
+    // F1: the help page in the desktop's browser, or a message that says where it is.
+    void showHelpPage();
 
     // Seams for the parts that arrive later: whether a macro is playing (closing is refused
     // then), whether one is being recorded (the menus say so), and the check for changes made

@@ -1,7 +1,6 @@
 #include "shell/HelpPage.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 
@@ -36,11 +35,6 @@ QUrl HelpPageUrl(const QString& executableFolder) {
 
 QUrl HelpPageUrl() {
     return HelpPageUrl(QCoreApplication::applicationDirPath());
-}
-
-bool OpenHelpPage() {
-    const QUrl url = HelpPageUrl();
-    return url.isValid() && QDesktopServices::openUrl(url);
 }
 
 } // namespace korvel

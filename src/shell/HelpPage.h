@@ -17,8 +17,4 @@ QString DataFilePath(const QString& executableFolder, QStringView installedPath,
 QUrl HelpPageUrl(const QString& executableFolder);
 QUrl HelpPageUrl();
 
-// Shows the help page in the desktop's browser. False when there is no page or nothing could
-// show it.
-bool OpenHelpPage();
-
 } // namespace korvel

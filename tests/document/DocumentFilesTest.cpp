@@ -350,14 +350,15 @@ INSTANTIATE_TEST_SUITE_P(Rows, SaveFails, ::testing::ValuesIn(kSaveFailures),
                              return std::string(info.param.name);
                          });
 
-TEST(SaveReadOnly, AsksWithNoAsTheDefault) {
+TEST(SaveReadOnly, AsksYesOrNoWithThePlatformsDefaultButton) {
     Scratch scratch;
     const QString path = scratch.write(QStringLiteral("ro.txt"), QByteArray("old"), 0444);
     ScriptedMessageService messages{MessageAnswer::No};
     EXPECT_FALSE(SaveDocumentFile(path, u"x", ShiftJis, LineEnding::CrLf, 0, nullptr));
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_EQ(messages.shown().front().buttons, MessageButtons::YesNo);
-    EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
+    // Asked for with no default of its own, the box defaults to its first button, Yes.
+    EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::Yes);
 }
 
 // Yes adds the owner's write permission, keeps the other bits, and the file is written; through

@@ -2,6 +2,7 @@
 // the recently-used files and the questions on closing.
 #include "shell/CMainFrame.h"
 
+#include "browser/BrowseRequest.h"
 #include "editor/CEditer.h"
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
@@ -9,11 +10,13 @@
 #include "settings/SettingsStore.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
+#include "shell/HelpPage.h"
 #include "shell/RecentFileList.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QDesktopServices>
 #include <QFile>
 #include <QMenu>
 #include <QMouseEvent>
@@ -203,7 +206,9 @@ TEST_F(CMainFrameTest, KeysRunTheirCommands) {
     // Tab goes into the text, never to another widget.
     QTest::keyClick(frame_->view()->activeControl(), Qt::Key_End);
     QTest::keyClick(frame_->view()->activeControl(), Qt::Key_Tab);
-    EXPECT_EQ(text(), u"hello\t");
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_Backtab, Qt::ShiftModifier);
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(text(), u"hello\t\t\t");
     EXPECT_TRUE(frame_->view()->activeControl()->hasFocus());
 
     // Ctrl+M: the main menu, from the left edge.
@@ -216,6 +221,75 @@ TEST_F(CMainFrameTest, KeysRunTheirCommands) {
     QTest::keyClick(frame_->view()->activeControl(), Qt::Key_N, Qt::ControlModifier);
     EXPECT_EQ(messages.shownIds(), QList<int>{30006});
     EXPECT_EQ(text(), u"");
+}
+
+// The edit keys reach the text through their commands, where recording and the bars will
+// hook them; a control that handled them itself would bypass both.
+TEST_F(CMainFrameTest, EditKeysGoThroughTheirCommands) {
+    const struct {
+        QKeyCombination key;
+        int command;
+    } rows[] = {
+        {Qt::CTRL | Qt::Key_A, command::EditSelectAll},
+        {Qt::CTRL | Qt::Key_C, command::EditCopy},
+        {Qt::CTRL | Qt::Key_Insert, command::EditCopy},
+        {Qt::CTRL | Qt::Key_X, command::EditCut},
+        {Qt::SHIFT | Qt::Key_Delete, command::EditCut},
+        {Qt::CTRL | Qt::Key_V, command::EditPaste},
+        {Qt::SHIFT | Qt::Key_Insert, command::EditPaste},
+        {Qt::CTRL | Qt::Key_Z, command::EditUndo},
+        {Qt::ALT | Qt::Key_Backspace, command::EditUndo},
+    };
+    EditControl* control = frame_->view()->activeControl();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(QKeySequence(row.key).toString().toStdString());
+        type(QStringLiteral("text"));
+        QTest::keyClick(control, Qt::Key_Home, Qt::ShiftModifier);
+        frame_->commands().updateStates();
+        int runs = 0;
+        const QMetaObject::Connection counting = QObject::connect(
+            frame_->commands().action(row.command), &QAction::triggered, [&runs] { ++runs; });
+        QTest::keyClick(control, row.key.key(), row.key.keyboardModifiers());
+        QObject::disconnect(counting);
+        EXPECT_EQ(runs, 1);
+    }
+
+    // The text has no redo: what was undone stays undone.
+    ScriptedMessageService messages{Answer::No};
+    frame_->view()->newDocument();
+    type(QStringLiteral("abc"));
+    QTest::keyClick(control, Qt::Key_Z, Qt::ControlModifier);
+    const std::u16string undone = text();
+    for (const QKeyCombination redo : {Qt::CTRL | Qt::Key_Y, Qt::CTRL | Qt::SHIFT | Qt::Key_Z})
+        QTest::keyClick(control, redo.key(), redo.keyboardModifiers());
+    EXPECT_EQ(text(), undone);
+}
+
+// Receives what the program hands to the desktop instead of a browser.
+class UrlCatcher : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl& url) { urls.append(url); }
+};
+
+TEST_F(CMainFrameTest, HelpKeyOpensThePageOrSaysWhereItIs) {
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_F1);
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    ASSERT_EQ(catcher.urls, QList<QUrl>{HelpPageUrl()});
+    EXPECT_EQ(catcher.urls.front().fragment(), u"MAIN_CONTENTS");
+
+    // No program on the PATH can show a page.
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", QFile::encodeName(dir_.path()));
+    ScriptedMessageService messages{Answer::Ok};
+    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_F1);
+    qputenv("PATH", path);
+    ASSERT_EQ(messages.shown().size(), 1);
+    EXPECT_TRUE(messages.shown().front().text.endsWith(HelpPageUrl().toLocalFile()));
 }
 
 TEST_F(CMainFrameTest, AcceleratorTableGivesEachKeyToOneCommand) {
@@ -235,15 +309,16 @@ TEST_F(CMainFrameTest, AcceleratorTableGivesEachKeyToOneCommand) {
     EXPECT_EQ(seen.size(), 29);
 }
 
-TEST_F(CMainFrameTest, TitleNamesTheFileAndMarksUnsavedChanges) {
-    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("(新規テキスト)[*]"));
+TEST_F(CMainFrameTest, TitleNamesTheFileAndMarksUnsavedChangesOnce) {
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("(新規テキスト)"));
     const QString path = writeFile(QStringLiteral("メモ.txt"), "memo");
     ScriptedMessageService messages;
     ASSERT_TRUE(frame_->openPath(path));
-    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt[*]"));
-    EXPECT_FALSE(frame_->isWindowModified());
-    type(QStringLiteral("!"));
-    EXPECT_TRUE(frame_->isWindowModified());
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt"));
+    type(QStringLiteral("!?"));
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt *"));
+    frame_->view()->undo();
+    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt"));
 }
 
 TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
@@ -271,6 +346,16 @@ TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
 
     frame_->commands().run(command::RecentFile1 + 2);
     EXPECT_EQ(frame_->view()->path(), paths.at(1));
+
+    // A file saved under a new name was not opened: it does not join the list.
+    const QStringList before = frame_->recentFiles().paths();
+    frame_->view()->setBrowseDialog([this](BrowseRequest& request, QWidget*) {
+        request.folder = dir_.path() + QLatin1Char('/');
+        request.names = {QStringLiteral("saved as.txt")};
+        return true;
+    });
+    ASSERT_TRUE(frame_->view()->saveAs());
+    EXPECT_EQ(frame_->recentFiles().paths(), before);
 }
 
 // ---- Closing ----
@@ -333,3 +418,5 @@ TEST_F(CMainFrameTest, ExitCommandClosesThroughTheSameQuestions) {
 
 } // namespace
 } // namespace korvel
+
+#include "CMainFrameTest.moc"

@@ -141,25 +141,6 @@ TEST(HelpPage, FallsBackToTheSourceTreeWhenNotInstalled) {
     EXPECT_EQ(HelpPageUrl(elsewhere.filePath(QStringLiteral("bin"))), PageUrl(SourceHelpPage()));
 }
 
-// Receives what the program hands to the desktop instead of a browser.
-class UrlCatcher : public QObject {
-    Q_OBJECT
-public:
-    QList<QUrl> urls;
-public slots:
-    void open(const QUrl& url) { urls.append(url); }
-};
-
-TEST(HelpPage, OpensThePageThroughTheDesktop) {
-    UrlCatcher catcher;
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
-    const bool opened = OpenHelpPage();
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-    EXPECT_TRUE(opened);
-    EXPECT_EQ(catcher.urls, QList<QUrl>{HelpPageUrl()});
-    EXPECT_EQ(catcher.urls.value(0).fragment(), u"MAIN_CONTENTS");
-}
-
 // The page as an XML reader sees it: ids, in-page link targets, the text, the charset.
 struct PageContents {
     QString error;
@@ -244,5 +225,3 @@ TEST(ApplicationIcon, ComesFromTheProgramsOwnFilesWhenNoThemeHasIt) {
 
 } // namespace
 } // namespace korvel
-
-#include "InstallTest.moc"
