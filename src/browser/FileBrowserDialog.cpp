@@ -2,7 +2,7 @@
 
 #include "browser/FileListCtrl.h"
 #include "browser/FolderTree.h"
-#include "browser/HoldGesture.h"
+#include "widgets/HoldGesture.h"
 #include "browser/PopupMenus.h"
 #include "browser/Shortcut.h"
 #include "browser/Wildcard.h"

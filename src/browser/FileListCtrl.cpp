@@ -1,6 +1,6 @@
 #include "browser/FileListCtrl.h"
 
-#include "browser/HoldGesture.h"
+#include "widgets/HoldGesture.h"
 #include "browser/PropertiesDialog.h"
 #include "fileops/FileClipboard.h"
 #include "fileops/FileOperations.h"

@@ -2,7 +2,7 @@
 
 #include "browser/FileEntry.h"
 #include "browser/FileIcons.h"
-#include "browser/HoldGesture.h"
+#include "widgets/HoldGesture.h"
 #include "browser/PopupMenus.h"
 #include "browser/PropertiesDialog.h"
 #include "fileops/FileOperations.h"

@@ -1,6 +1,6 @@
 #include "editor/CEditer.h"
 
-#include "browser/HoldGesture.h"
+#include "widgets/HoldGesture.h"
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
 #include "editor/ViewFonts.h"
@@ -37,6 +37,37 @@ constexpr int kMessageLimitNear = 40010;
 bool StartsHold(const QMouseEvent* event) {
     return event->button() == Qt::LeftButton &&
            event->pointingDevice()->type() != QInputDevice::DeviceType::Mouse;
+}
+
+int RowHeight(const EditControl* control) {
+    return std::max(1, control->cursorRect().height());
+}
+
+// The screen row of position, counted from the top of the control's viewport; negative above.
+int RowOnScreen(const EditControl* control, int position) {
+    QTextCursor at(control->document());
+    at.setPosition(position);
+    const int top = control->cursorRect(at).top();
+    const int height = RowHeight(control);
+    return top >= 0 ? top / height : -1 - (-top - 1) / height;
+}
+
+int RowsOnScreen(const EditControl* control) {
+    return control->viewport()->height() / RowHeight(control);
+}
+
+// Scrolls so that the row of position stands rowFromTop rows below the top, as far as the
+// text allows. The rows of a wrapped line are only known once it is laid out at the control's
+// width, so the distance is measured again after each step.
+void ScrollRowTo(EditControl* control, int position, int rowFromTop) {
+    QScrollBar* bar = control->verticalScrollBar();
+    for (int step = 0; step < 3; ++step) {
+        const int off = RowOnScreen(control, position) - rowFromTop;
+        const int before = bar->value();
+        bar->setValue(before + off);
+        if (off == 0 || bar->value() == before)
+            return;
+    }
 }
 
 } // namespace
@@ -164,29 +195,25 @@ void CEditer::toggleWordWrap() {
     EditControl* source = activeControl();
     EditControl* target = source == wrapping_ ? nonWrapping_ : wrapping_;
 
+    // The row to keep in its place on screen: the caret's, or the top one when the caret is
+    // off screen. Rows are what the user sees, so a wrapped line counts each of its rows.
     const QTextCursor selection = source->textCursor();
     const bool caretWasOnScreen = caretOnScreen(source);
-    const int topLine = firstVisibleLine(source);
-    const int notedLine = caretWasOnScreen ? selection.blockNumber() : topLine;
-    const int offsetFromTop = caretWasOnScreen ? notedLine - topLine : 0;
+    const int keptPosition = caretWasOnScreen ? selection.position()
+                                              : source->cursorForPosition(QPoint(0, 0)).position();
+    const int rowFromTop = caretWasOnScreen ? RowOnScreen(source, keptPosition) : 0;
 
     // The document itself moves, with its modified state and its undo history.
     source->setDocument(emptyDocument_);
     target->setDocument(document_);
     wordWrap_ = !wordWrap_;
-
     target->show();
     source->hide();
     layOutControls();
-    QTextCursor restored(document_);
-    restored.setPosition(selection.anchor());
-    restored.setPosition(selection.position(), QTextCursor::KeepAnchor);
-    target->setTextCursor(restored);
-    scrollToLine(target, std::max(0, notedLine - offsetFromTop));
-    if (caretWasOnScreen && !caretOnScreen(target)) {
-        target->setTextCursor(restored);
+    target->setTextCursor(selection);
+    ScrollRowTo(target, keptPosition, rowFromTop);
+    if (caretWasOnScreen && !caretOnScreen(target))
         target->ensureCursorVisible();
-    }
     setFocusProxy(target);
     if (hasFocus() || source->hasFocus() || isVisible())
         target->setFocus();
@@ -205,11 +232,8 @@ void CEditer::scrollToLine(EditControl* control, int line) {
 }
 
 bool CEditer::caretOnScreen(const EditControl* control) const {
-    const int first = firstVisibleLine(control);
-    const int caret = control->textCursor().blockNumber();
-    const int rowHeight = std::max(1, QFontMetrics(control->font()).height());
-    const int rows = std::abs(control->viewport()->height() / rowHeight);
-    return first <= caret && caret <= first + rows - 1;
+    const int row = RowOnScreen(control, control->textCursor().position());
+    return row >= 0 && row <= RowsOnScreen(control) - 1;
 }
 
 bool CEditer::canUndo() const {

@@ -29,7 +29,7 @@ constexpr int kMessageMacroPlaying = 40008;
 } // namespace
 
 CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
-    : QMainWindow(parent), store_(store), commands_(new CommandTable(this)),
+    : QMainWindow(parent), commands_(new CommandTable(this)),
       recentFiles_(std::make_unique<RecentFileList>(store)), barArea_(new QWidget(this)),
       mainMenu_(nullptr) {
     auto* centre = new QWidget(this);

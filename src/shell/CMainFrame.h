@@ -55,7 +55,6 @@ private:
     void openRecentFile(int index);
     void updateTitle();
 
-    SettingsStore& store_;
     CommandTable* commands_;
     std::unique_ptr<RecentFileList> recentFiles_;
     CEditer* view_;

@@ -33,7 +33,6 @@ public:
 
     // The command's action; nullptr for an id that is not in the table.
     QAction* action(int id) const;
-    bool contains(int id) const { return commands_.count(id) != 0; }
     bool isEnabled(int id) const;
     bool isChecked(int id) const;
     // Runs the command when it is enabled now; returns whether it ran.

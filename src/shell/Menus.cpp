@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QMenu>
 #include <set>
+#include <span>
 
 namespace korvel {
 
@@ -59,32 +60,32 @@ constexpr MenuText kMainMenuTexts[] = {
     {IgnoreCase, u"大文字小文字を無視"},
 };
 
-// The entries of one popup: command ids, kSeparator, or a nested popup by its title.
-struct MenuEntry {
-    int id;
-    const char16_t* popup = nullptr;
-};
-
-constexpr MenuEntry kMainMenu[] = {
-    {Find}, {Replace}, {kSeparator},
-    {0, u"ファイル(&F)"}, {0, u"編集(&E)"}, {0, u"表示(&V)"}, {0, u"ツール(&T)"},
-    {kSeparator}, {kRecentFiles},
-};
-
+// A popup of the main menu: its title and its command ids, with kSeparator between groups.
 struct Popup {
     const char16_t* title;
     std::initializer_list<int> ids;
 };
 
-const Popup kPopups[] = {
-    {u"ファイル(&F)", {FileNew, kSeparator, FileOpen, FileSave, FileSaveAs, kSeparator,
-                       FileProperties, kSeparator, AppExit}},
-    {u"編集(&E)", {EditUndo, kSeparator, EditCut, EditCopy, EditPaste, Jump, kSeparator,
-                   EditSelectAll}},
-    {u"表示(&V)", {FontSlot1, FontSlot1 + 1, FontSlot1 + 2, FontSlot1 + 3, kSeparator,
-                   WordWrap}},
-    {u"ツール(&T)", {MacroRecord, MacroPlay, kSeparator, MacroLoad, MacroSave, kSeparator,
-                     Settings, kSeparator, HelpTopics, About}},
+const Popup kFilePopup = {u"ファイル(&F)", {FileNew, kSeparator, FileOpen, FileSave, FileSaveAs,
+                                            kSeparator, FileProperties, kSeparator, AppExit}};
+const Popup kEditPopup = {u"編集(&E)", {EditUndo, kSeparator, EditCut, EditCopy, EditPaste, Jump,
+                                        kSeparator, EditSelectAll}};
+const Popup kViewPopup = {u"表示(&V)", {FontSlot1, FontSlot1 + 1, FontSlot1 + 2, FontSlot1 + 3,
+                                        kSeparator, WordWrap}};
+const Popup kToolsPopup = {u"ツール(&T)", {MacroRecord, MacroPlay, kSeparator, MacroLoad,
+                                           MacroSave, kSeparator, Settings, kSeparator,
+                                           HelpTopics, About}};
+
+// One entry of the main menu: a command id, kSeparator, or a popup.
+struct MenuEntry {
+    int id;
+    const Popup* popup = nullptr;
+};
+
+const MenuEntry kMainMenu[] = {
+    {Find},           {Replace},        {kSeparator},      {0, &kFilePopup},
+    {0, &kEditPopup}, {0, &kViewPopup}, {0, &kToolsPopup}, {kSeparator},
+    {kRecentFiles},
 };
 
 constexpr MenuText kNoSelectionMenu[] = {
@@ -175,10 +176,6 @@ void FillRecentFiles(QMenu& menu, CommandTable& commands, const RecentFileList& 
 
 } // namespace
 
-std::span<const Accelerator> AcceleratorTable() {
-    return kAccelerators;
-}
-
 void AssignAccelerators(CommandTable& commands) {
     std::set<int> taken;
     for (const Accelerator& accelerator : kAccelerators) {
@@ -202,12 +199,9 @@ QString MainMenuText(int id) {
 void BuildMainMenu(QMenu& menu, CommandTable& commands, const RecentFileList& recentFiles) {
     for (const MenuEntry& entry : kMainMenu) {
         if (entry.popup != nullptr) {
-            const QString title = QString::fromUtf16(entry.popup);
-            QMenu* popup = menu.addMenu(title);
-            for (const Popup& layout : kPopups)
-                if (title == QString::fromUtf16(layout.title))
-                    for (int id : layout.ids)
-                        AddCommand(*popup, commands, id);
+            QMenu* popup = menu.addMenu(QString::fromUtf16(entry.popup->title));
+            for (int id : entry.popup->ids)
+                AddCommand(*popup, commands, id);
             continue;
         }
         AddCommand(menu, commands, entry.id);

@@ -2,7 +2,6 @@
 
 #include <QKeyCombination>
 #include <QString>
-#include <span>
 
 class QMenu;
 class QWidget;
@@ -18,10 +17,8 @@ struct Accelerator {
     int command;
 };
 
-// The accelerator table in its order: the first entry for a key wins.
-std::span<const Accelerator> AcceleratorTable();
-// Gives each command in the table its keys, in table order, skipping a key that an earlier
-// entry took.
+// Gives each command its keys from the accelerator table, in table order, skipping a key that
+// an earlier entry took.
 void AssignAccelerators(CommandTable& commands);
 
 // The menu texts of the main menu's commands, by id.

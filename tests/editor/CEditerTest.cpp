@@ -340,6 +340,36 @@ TEST_F(CEditerTest, WordWrapMovesTheTextWithSelectionTopLineAndModifiedState) {
     EXPECT_EQ(text(), lines);
 }
 
+// Counted in logical lines, a caret nine lines down looks on screen after wrapping lines of
+// 300 characters, though it stands many rows below the window. The caret row keeps its
+// distance from the top, both ways.
+TEST_F(CEditerTest, WordWrapKeepsTheCaretRowWhereItWasOnScreen) {
+    std::u16string lines;
+    for (int line = 0; line < 40; ++line)
+        lines += std::u16string(300, u'a' + line % 26) + u"\r\n";
+    setText(lines);
+    view_->toggleWordWrap();
+    EditControl* unwrapped = view_->activeControl();
+    ASSERT_EQ(unwrapped, view_->nonWrappingControl());
+    QTextCursor caret(view_->document());
+    caret.setPosition(view_->document()->findBlockByNumber(9).position() + 5);
+    unwrapped->setTextCursor(caret);
+    const int rowHeight = unwrapped->cursorRect().height();
+    const int rowBefore = unwrapped->cursorRect().top() / rowHeight;
+    ASSERT_GE(rowBefore, 9);
+
+    for (const bool wrapping : {true, false}) {
+        SCOPED_TRACE(wrapping ? "to wrapping" : "back");
+        view_->toggleWordWrap();
+        EditControl* control = view_->activeControl();
+        const QRect at = control->cursorRect();
+        EXPECT_GE(at.top(), 0);
+        EXPECT_LE(at.bottom(), control->viewport()->height());
+        EXPECT_EQ(at.top() / rowHeight, rowBefore);
+        EXPECT_EQ(control->textCursor().position(), caret.position());
+    }
+}
+
 TEST_F(CEditerTest, WordWrapDecidesWhetherALongLineBreaksOnScreen) {
     setText(std::u16string(2000, u'x') + u"\r\nshort");
     const auto rowsOfFirstLine = [this] {

@@ -1,4 +1,4 @@
-#include "browser/HoldGesture.h"
+#include "widgets/HoldGesture.h"
 
 #include <QApplication>
 #include <QMouseEvent>
