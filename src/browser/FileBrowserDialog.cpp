@@ -2,7 +2,6 @@
 
 #include "browser/FileListCtrl.h"
 #include "browser/FolderTree.h"
-#include "widgets/HoldGesture.h"
 #include "browser/PopupMenus.h"
 #include "browser/Shortcut.h"
 #include "browser/Wildcard.h"
@@ -11,6 +10,8 @@
 #include "fileops/FileSystem.h"
 #include "messages/StringTable.h"
 #include "settings/SettingsStore.h"
+#include "widgets/HoldGesture.h"
+#include "widgets/ScreenFit.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -23,7 +24,6 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -212,10 +212,7 @@ FileBrowserDialog::FileBrowserDialog(BrowseRequest& request, FileClipboard& clip
     if ((request.flags & flag::EnableHook) != 0 && request.hook)
         new HookFilter(this, request.hook);
     // The handheld's portrait screen, or as much of a smaller screen as there is.
-    QSize size(480, 640);
-    if (const QScreen* display = parent != nullptr ? parent->screen() : screen())
-        size = size.boundedTo(display->availableGeometry().size());
-    resize(size);
+    FitToScreen(*this, QSize(480, 640));
 }
 
 FileBrowserDialog::~FileBrowserDialog() = default;

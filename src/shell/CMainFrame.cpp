@@ -9,6 +9,7 @@
 #include "shell/HelpPage.h"
 #include "shell/Menus.h"
 #include "shell/RecentFileList.h"
+#include "widgets/ScreenFit.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -16,7 +17,6 @@
 #include <QFileInfo>
 #include <QMenu>
 #include <QMenuBar>
-#include <QScreen>
 #include <QVBoxLayout>
 
 namespace korvel {
@@ -65,7 +65,7 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     updateTitle();
     commands_->updateStates();
     // A comfortable size on a desktop; a small screen gets the whole of itself.
-    resize(QSize(800, 600).boundedTo(screen()->availableGeometry().size()));
+    FitToScreen(*this, QSize(800, 600));
     view_->setFocus();
 }
 
