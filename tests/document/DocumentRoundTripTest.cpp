@@ -1,6 +1,5 @@
 #include "Cp932Oracle.h"
 #include "DocumentHarness.h"
-#include "ReferenceDocument.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -14,7 +13,6 @@ using testing::Load;
 using testing::Save;
 using enum TextEncoding;
 
-constexpr TextEncoding kSaveEncodings[] = {ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode};
 constexpr LineEnding kLineEndings[] = {LineEnding::CrLf, LineEnding::Cr, LineEnding::Lf};
 
 // The code units a code set can hold without loss, line breaks apart.
@@ -137,58 +135,6 @@ TEST(DocumentRoundTrip, UnicodeHoldsEveryCodeUnit) {
 TEST(DocumentRoundTrip, JisModeZeroWidensKatakana) {
     const Bytes file = Save(u"ｶﾞｳﾞﾊﾟ", Jis, LineEnding::CrLf, 0);
     EXPECT_EQ(Hex(Load(file, Jis).text), Hex(u"ガウ゛パ"));
-}
-
-// The whole load and save against the reference built from the codec's reference.
-class DocumentCrossCheck : public ::testing::Test {
-protected:
-    static const std::vector<Bytes>& Inputs() {
-        static const std::vector<Bytes> inputs = testing::CrossCheckInputs(2201);
-        return inputs;
-    }
-};
-
-TEST_F(DocumentCrossCheck, DecodeDocumentBytesForEveryRequest) {
-    for (const TextEncoding requested :
-         {AutoDetect, ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode, GarbledMail}) {
-        SCOPED_TRACE(::testing::Message() << "requested " << static_cast<int>(requested));
-        for (const Bytes& file : Inputs()) {
-            const testing::LoadedText loaded = Load(file, requested);
-            const reference::DecodedText expected = reference::DecodeDocument(file, requested);
-            ASSERT_EQ(loaded.encoding, expected.encoding) << Hex(file);
-            ASSERT_EQ(loaded.lineEnding, expected.lineEnding) << Hex(file);
-            if (expected.textSettled && loaded.text != expected.text) {
-                FAIL() << Hex(file) << " gave " << Hex(loaded.text) << ", expected "
-                       << Hex(expected.text);
-            }
-        }
-    }
-}
-
-TEST_F(DocumentCrossCheck, EncodeDocumentTextForEveryCodeSetAndLineEnding) {
-    const std::vector<char16_t> awkward = {u'\r', u'\n', u'\0',  0xD83D, 0xDE00, 0xFEFF, 0xFFFE,
-                                           u'€',  u'é',  0x301C, 0xFF5E, 0xFF76, 0xFF9E, 0xFF9F};
-    const Repertoire& r = Units();
-    for (const std::u16string& text : GeneratedTexts({&r.shiftJis, &r.anyUnit, &awkward}, 2202)) {
-        for (const TextEncoding encoding : kSaveEncodings) {
-            for (const LineEnding lineEnding : kLineEndings) {
-                for (const int mode : {0, 1}) {
-                    const reference::EncodedBytes expected =
-                        reference::EncodeDocument(text, encoding, lineEnding, mode);
-                    Bytes expectedFile = expected.mark;
-                    expectedFile.insert(expectedFile.end(), expected.body.begin(),
-                                        expected.body.end());
-                    const Bytes file = Save(text, encoding, lineEnding, mode);
-                    if (file != expectedFile) {
-                        FAIL() << Hex(text) << " as " << static_cast<int>(encoding)
-                               << ", line ending " << static_cast<int>(lineEnding) << ", mode "
-                               << mode << " gave " << Hex(file) << ", expected "
-                               << Hex(expectedFile);
-                    }
-                }
-            }
-        }
-    }
 }
 
 } // namespace

@@ -67,16 +67,19 @@ protected:
     std::u16string twinText_;
 };
 
-// Detection on these files is the editor view's test; here the code set is chosen. Every
-// character of the samples has one form in its code set, so saving gives the file back.
-TEST_P(SampleFiles, ChosenCodeSetReadsTheTwinsTextAndSavesTheFileBack) {
-    const testing::LoadedText loaded = Load(bytes_, GetParam().encoding);
-    EXPECT_EQ(loaded.encoding, GetParam().encoding);
-    EXPECT_TRUE(loaded.text == twinText_) << Hex(loaded.text);
-    for (const int jisKatakanaMode : {0, 1}) {
-        EXPECT_EQ(Hex(Save(loaded.text, loaded.encoding, loaded.lineEnding, jisKatakanaMode)),
-                  Hex(bytes_))
-            << "katakana mode " << jisKatakanaMode;
+// Detected or chosen, the code set reads the twin's text. Every character of the samples has
+// one form in its code set, so saving gives the file back.
+TEST_P(SampleFiles, CodeSetDetectedOrChosenReadsTheTwinsTextAndSavesTheFileBack) {
+    for (const TextEncoding requested : {TextEncoding::AutoDetect, GetParam().encoding}) {
+        SCOPED_TRACE(::testing::Message() << "requested " << static_cast<int>(requested));
+        const testing::LoadedText loaded = Load(bytes_, requested);
+        EXPECT_EQ(loaded.encoding, GetParam().encoding);
+        EXPECT_TRUE(loaded.text == twinText_) << Hex(loaded.text);
+        for (const int jisKatakanaMode : {0, 1}) {
+            EXPECT_EQ(Hex(Save(loaded.text, loaded.encoding, loaded.lineEnding, jisKatakanaMode)),
+                      Hex(bytes_))
+                << "katakana mode " << jisKatakanaMode;
+        }
     }
 }
 
