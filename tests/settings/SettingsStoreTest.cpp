@@ -6,6 +6,8 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <optional>
+#include <vector>
 
 namespace korvel {
 namespace {
@@ -47,29 +49,26 @@ protected:
     QTemporaryDir dir_;
 };
 
-TEST(UserSettingsStore, OnAnEmptyHomeEverySettingReadsItsDefault) {
+// A missing value reads as its setting's default, which the settings pages could have written;
+// a folder's default is the documents folder.
+TEST(UserSettingsStore, OnAnEmptyHomeSettingsReadTheirDefaults) {
     const SettingsStore store;
-    const QString documents = QDir::cleanPath(TemporaryHome::home()) + u'/';
-
-    EXPECT_EQ(store.read(setting::FONT_SIZE), 1); // font slot 2
-    const int sizes[] = {7, 9, 12, 18};
-    for (std::size_t slot = 0; slot < setting::kFontSlots.size(); ++slot) {
-        SCOPED_TRACE(slot);
-        const auto& font = setting::kFontSlots[slot];
-        EXPECT_EQ(store.read(font.name), QStringLiteral("ＭＳ ゴシック"));
-        EXPECT_EQ(store.read(font.size), sizes[slot]);
-        EXPECT_EQ(store.read(font.bold), 0);
-        EXPECT_EQ(store.read(font.italic), 0);
+    std::vector<IntSetting> settings = {setting::FONT_SIZE,      setting::TAB_SIZE,
+                                        setting::COLOR_TEXT,     setting::COLOR_BACKGROUND,
+                                        setting::FILTER_INDEX,   setting::STR_ZOOM_METHOD,
+                                        setting::FILE_LIST_STYLE};
+    for (const auto& font : setting::kFontSlots)
+        settings.insert(settings.end(), {font.size, font.bold, font.italic});
+    settings.insert(settings.end(), setting::kCustomColors.begin(), setting::kCustomColors.end());
+    for (const IntSetting& setting : settings) {
+        EXPECT_EQ(store.read(setting), setting.defaultValue) << setting.name;
+        EXPECT_GE(setting.defaultValue, setting.minimum) << setting.name;
+        EXPECT_LE(setting.defaultValue, setting.maximum) << setting.name;
     }
-    EXPECT_EQ(store.read(setting::COLOR_TEXT), 0x000000);
-    EXPECT_EQ(store.read(setting::COLOR_BACKGROUND), 0xFFFFFF);
-    for (const IntSetting& custom : setting::kCustomColors)
-        EXPECT_EQ(store.read(custom), 0xFFFFFF) << custom.name;
-    EXPECT_EQ(store.read(setting::TAB_SIZE), 8);
-    EXPECT_EQ(store.read(setting::LAST_OPEN_FOLDER), documents);
-    EXPECT_EQ(store.read(setting::MRU_FOLDER), documents);
-    EXPECT_EQ(store.read(setting::LOAD_DAFAULT_MACRO), 0);
-    EXPECT_EQ(store.read(setting::DEFAULT_MACRO_FILE_NAME), QString());
+    EXPECT_EQ(store.read(setting::FONT1_NAME), DefaultValue(setting::FONT1_NAME));
+    EXPECT_FALSE(DefaultValue(setting::FONT1_NAME).isEmpty());
+    EXPECT_EQ(store.read(setting::LAST_OPEN_FOLDER), DocumentsFolder());
+    EXPECT_EQ(store.read(setting::MRU_FOLDER), DocumentsFolder());
 }
 
 TEST(UserSettingsStore, LivesInTheIniFileUnderTheConfigurationHome) {
@@ -84,7 +83,7 @@ TEST(UserSettingsStore, LivesInTheIniFileUnderTheConfigurationHome) {
 
     // Leave the user store empty for the test that reads its defaults.
     store.openGroup(kSettingsGroup)->remove(QLatin1StringView(setting::TAB_SIZE.name));
-    EXPECT_EQ(store.read(setting::TAB_SIZE), 8);
+    EXPECT_EQ(store.read(setting::TAB_SIZE), setting::TAB_SIZE.defaultValue);
 }
 
 TEST_F(SettingsFileTest, ReadsAFileWrittenInTheStoredFormat) {
@@ -101,7 +100,8 @@ TEST_F(SettingsFileTest, ReadsAFileWrittenInTheStoredFormat) {
     EXPECT_EQ(settings.read(setting::DEFAULT_MACRO_FILE_NAME),
               QStringLiteral("/home/user/起動.mcr"));
     EXPECT_EQ(settings.read(setting::COLOR_BACKGROUND), 0xCCFFFF);
-    EXPECT_EQ(settings.read(setting::TAB_SIZE), 8) << "a value of another group is not a setting";
+    EXPECT_EQ(settings.read(setting::TAB_SIZE), setting::TAB_SIZE.defaultValue)
+        << "a value of another group is not a setting";
 }
 
 TEST_F(SettingsFileTest, IntegersRoundTrip) {
@@ -153,30 +153,31 @@ TEST_F(SettingsFileTest, ReadingNeverWritesADefaultBack) {
 // A hand-edited or damaged file must not reach the arithmetic of the fonts, the tab stops or
 // the dialogs with a value the settings pages could never have written.
 TEST_F(SettingsFileTest, ValuesOfTheWrongTypeOrOutsideTheirRangeReadAsTheDefault) {
+    constexpr std::optional<int> kDefault; // the setting's own default
     const struct {
         IntSetting setting;
         const char* stored;
-        int read;
+        std::optional<int> read;
     } rows[] = {
-        {setting::TAB_SIZE, "abc", 8},
-        {setting::FONT_SIZE, "", 1},
-        {setting::FONT2_SIZE, "12abc", 9},
-        {setting::FONT3_SIZE, "4294967296", 12},
-        {setting::FONT4_SIZE, "1.5", 18},
-        {setting::COLOR_BACKGROUND, "@Invalid()", 0xFFFFFF},
-        {setting::FONT1_SIZE, "2147483647", 7},
-        {setting::FONT1_SIZE, "0", 7},
+        {setting::TAB_SIZE, "abc", kDefault},
+        {setting::FONT_SIZE, "", kDefault},
+        {setting::FONT2_SIZE, "12abc", kDefault},
+        {setting::FONT3_SIZE, "4294967296", kDefault},
+        {setting::FONT4_SIZE, "1.5", kDefault},
+        {setting::COLOR_BACKGROUND, "@Invalid()", kDefault},
+        {setting::FONT1_SIZE, "2147483647", kDefault},
+        {setting::FONT1_SIZE, "0", kDefault},
         {setting::FONT2_SIZE, "144", 144},
-        {setting::FONT3_SIZE, "145", 12},
-        {setting::FILTER_INDEX, "-2147483648", 1},
+        {setting::FONT3_SIZE, "145", kDefault},
+        {setting::FILTER_INDEX, "-2147483648", kDefault},
         {setting::TAB_SIZE, "80", 80},
-        {setting::TAB_SIZE, "81", 8},
+        {setting::TAB_SIZE, "81", kDefault},
         {setting::FONT_SIZE, "3", 3},
-        {setting::FONT_SIZE, "4", 1},
-        {setting::COLOR_TEXT, "16777216", 0},
-        {setting::COLOR_TEXT, "-1", 0},
-        {setting::STR_ZOOM_METHOD, "3", 1},
-        {setting::FILE_LIST_STYLE, "0", 1},
+        {setting::FONT_SIZE, "4", kDefault},
+        {setting::COLOR_TEXT, "16777216", kDefault},
+        {setting::COLOR_TEXT, "-1", kDefault},
+        {setting::STR_ZOOM_METHOD, "3", kDefault},
+        {setting::FILE_LIST_STYLE, "0", kDefault},
     };
     int fileNumber = 0;
     for (const auto& row : rows) {
@@ -184,10 +185,11 @@ TEST_F(SettingsFileTest, ValuesOfTheWrongTypeOrOutsideTheirRangeReadAsTheDefault
         // A file for each row: QSettings trusts its cache while a file's time and size stay.
         const QString rowPath = dir_.filePath(QStringLiteral("row%1.ini").arg(++fileNumber));
         WriteFile(rowPath, QByteArray("[SETTINGS]\n") + row.setting.name + '=' + row.stored);
-        EXPECT_EQ(SettingsStore(rowPath).read(row.setting), row.read);
+        EXPECT_EQ(SettingsStore(rowPath).read(row.setting),
+                  row.read.value_or(row.setting.defaultValue));
     }
     WriteFile(path(), "[SETTINGS]\nFONT1_NAME=Gothic, Bold\n");
-    EXPECT_EQ(store().read(setting::FONT1_NAME), QStringLiteral("ＭＳ ゴシック"));
+    EXPECT_EQ(store().read(setting::FONT1_NAME), DefaultValue(setting::FONT1_NAME));
 }
 
 TEST_F(SettingsFileTest, AFileThatIsNoIniFileYieldsTheDefaults) {
@@ -195,8 +197,8 @@ TEST_F(SettingsFileTest, AFileThatIsNoIniFileYieldsTheDefaults) {
     for (int i = 0; i < 4096; ++i)
         garbage.append(char((i * 7919) & 0xFF));
     WriteFile(path(), garbage);
-    EXPECT_EQ(store().read(setting::TAB_SIZE), 8);
-    EXPECT_EQ(store().read(setting::FONT1_NAME), QStringLiteral("ＭＳ ゴシック"));
+    EXPECT_EQ(store().read(setting::TAB_SIZE), setting::TAB_SIZE.defaultValue);
+    EXPECT_EQ(store().read(setting::FONT1_NAME), DefaultValue(setting::FONT1_NAME));
 }
 
 TEST_F(SettingsFileTest, OtherGroupsShareTheFileButNotTheValues) {
