@@ -388,54 +388,6 @@ TEST(SaveReadOnly, PermissionThatCannotBeAddedStopsTheSave) {
     EXPECT_EQ(Scratch::ModeOf(path) & S_IWUSR, 0u);
 }
 
-// --- What a saved file looks like on disk ------------------------------------------------
-
-TEST(SavePermissions, ReplacedFileKeepsItsModeAndNewFileFollowsTheUmask) {
-    const struct {
-        const char* name;
-        std::optional<mode_t> existing;
-        mode_t umask;
-        mode_t expected;
-    } cases[] = {
-        {"private", 0600, 022, 0600},
-        {"group readable", 0640, 077, 0640},
-        {"executable", 0755, 022, 0755},
-        // What root may do is not what the owner may: no owner execute bit appears.
-        {"group executable", 0654, 022, 0654},
-        {"new, umask 022", std::nullopt, 022, 0644},
-        {"new, umask 077", std::nullopt, 077, 0600},
-    };
-    Scratch scratch;
-    ScriptedMessageService messages;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const QString path = scratch.path(QString::fromLatin1(c.name));
-        if (c.existing) {
-            scratch.write(QString::fromLatin1(c.name), QByteArray("old"), *c.existing);
-        }
-        const mode_t previous = ::umask(c.umask);
-        const bool saved = SaveDocumentFile(path, u"new", Utf8N, LineEnding::CrLf, 0, nullptr);
-        ::umask(previous);
-        ASSERT_TRUE(saved);
-        EXPECT_EQ(Scratch::ModeOf(path), c.expected);
-    }
-}
-
-TEST(SaveThroughLink, WritesTheTargetAndKeepsTheLink) {
-    Scratch scratch;
-    ScriptedMessageService messages;
-    const QString target = scratch.write(QStringLiteral("target.txt"), QByteArray("old"), 0600);
-    const QString link = scratch.path(QStringLiteral("link.txt"));
-    // A relative link, as users make them: its target is read from the link's folder.
-    ASSERT_TRUE(QFile::link(QStringLiteral("target.txt"), link));
-
-    ASSERT_TRUE(SaveDocumentFile(link, u"new", Unicode, LineEnding::CrLf, 0, nullptr));
-
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
-    EXPECT_EQ(Scratch::Read(target), QByteArray("\xFF\xFEn\0e\0w\0", 8));
-    EXPECT_EQ(Scratch::ModeOf(target), 0600u);
-}
-
 // --- Running out of memory --------------------------------------------------------------
 
 // Runs the body in a child process whose address space ends a little above what it already

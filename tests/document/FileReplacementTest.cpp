@@ -8,6 +8,7 @@
 #include <functional>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -184,6 +185,36 @@ TEST(ReplaceLinks, ASymbolicLinkStaysALinkAndItsTargetGetsTheBytes) {
         ASSERT_TRUE(Replace(link, "new").succeeded());
         EXPECT_TRUE(QFileInfo(link).isSymLink());
         EXPECT_EQ(Scratch::Read(scratch.path(QString::fromLatin1(target))), QByteArray("new"));
+    }
+}
+
+TEST(ReplacePermissions, AReplacedFileKeepsItsModeAndANewOneFollowsTheUmask) {
+    const struct {
+        const char* name;
+        std::optional<mode_t> existing;
+        mode_t umask;
+        mode_t expected;
+    } cases[] = {
+        {"private", 0600, 022, 0600},
+        {"group readable", 0640, 077, 0640},
+        {"executable", 0755, 022, 0755},
+        // What root may do is not what the owner may: no owner execute bit appears.
+        {"group executable", 0654, 022, 0654},
+        {"new, umask 022", std::nullopt, 022, 0644},
+        {"new, umask 077", std::nullopt, 077, 0600},
+    };
+    Scratch scratch;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString path = scratch.path(QString::fromLatin1(c.name));
+        if (c.existing) {
+            scratch.write(QString::fromLatin1(c.name), QByteArray("old"), *c.existing);
+        }
+        const mode_t previous = ::umask(c.umask);
+        const bool replaced = Replace(path, "new").succeeded();
+        ::umask(previous);
+        ASSERT_TRUE(replaced);
+        EXPECT_EQ(Scratch::ModeOf(path), c.expected);
     }
 }
 
