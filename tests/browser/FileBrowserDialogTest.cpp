@@ -1,6 +1,5 @@
 #include "browser/FileBrowserDialog.h"
 
-#include "TestFolder.h"
 #include "browser/FileListCtrl.h"
 #include "browser/FolderTree.h"
 #include "fileops/FileClipboard.h"
@@ -9,6 +8,7 @@
 #include "messages/StringTable.h"
 #include "messages/testing/ScriptedMessageService.h"
 #include "settings/SettingsStore.h"
+#include "support/ScratchFolder.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -28,7 +28,7 @@ namespace {
 namespace cmd = browser_command;
 namespace flag = browse_flag;
 namespace option = browse_option;
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 constexpr int kTextType = 1;     // "テキスト (*.txt)"
 constexpr int kSettingsType = 2; // "設定ファイル (*.ini;*.inf)"
@@ -50,13 +50,13 @@ class FileBrowserDialogTest : public ::testing::Test {
 protected:
     void SetUp() override {
         folder_.makeFolder(QStringLiteral("sub"));
-        folder_.writeFile(QStringLiteral("a.txt"), "a");
-        folder_.writeFile(QStringLiteral("b.txt"), "b");
-        folder_.writeFile(QStringLiteral("setup.ini"));
-        folder_.writeFile(QStringLiteral("sub/inner.txt"));
+        folder_.write(QStringLiteral("a.txt"), "a");
+        folder_.write(QStringLiteral("b.txt"), "b");
+        folder_.write(QStringLiteral("setup.ini"));
+        folder_.write(QStringLiteral("sub/inner.txt"));
         request_.filter = *FindString(35045);
         request_.filterIndex = kAllFilesType;
-        request_.folder = folder_.path();
+        request_.folder = folder_.folder();
         request_.options = list_option::ShowFolders;
     }
 
@@ -89,10 +89,10 @@ protected:
         return dialog_->focusWidget() == box && box->selectedText() == box->text();
     }
     QByteArray lnkTo(const QString& relative) const {
-        return "1#\"" + folder_.pathOf(relative).toUtf8() + "\"\r\n";
+        return "1#\"" + folder_.path(relative).toUtf8() + "\"\r\n";
     }
 
-    TestFolder folder_;
+    ScratchFolder folder_;
     FileClipboard clipboard_;
     BrowseRequest request_;
     std::unique_ptr<FileBrowserDialog> dialog_;
@@ -106,7 +106,7 @@ TEST_F(FileBrowserDialogTest, StartsInTheRequestedFolderWithItsTypes) {
 
     EXPECT_EQ(dialog.windowTitle(), QStringLiteral("ファイル名を参照"));
     EXPECT_NE(dialog.findChild<QLabel*>(), nullptr);
-    EXPECT_EQ(dialog.folderTree()->currentFolder(), folder_.path());
+    EXPECT_EQ(dialog.folderTree()->currentFolder(), folder_.folder());
     EXPECT_EQ(dialog.typeBox()->count(), 5);
     EXPECT_EQ(dialog.typeBox()->currentText(), QStringLiteral("テキスト (*.txt)"));
     EXPECT_EQ(listed(), (QStringList{"..", "sub", "a.txt", "b.txt"}));
@@ -130,9 +130,9 @@ TEST_F(FileBrowserDialogTest, WithoutATypeEveryFileIsListed) {
 }
 
 TEST_F(FileBrowserDialogTest, AMissingFolderStartsAtTheDeepestExistingOne) {
-    request_.folder = folder_.pathOf(QStringLiteral("sub/gone/deeper"));
+    request_.folder = folder_.path(QStringLiteral("sub/gone/deeper"));
     open();
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
     request_.folder = QStringLiteral("relative");
     open();
     EXPECT_EQ(dialog_->folderTree()->currentFolder(), QStringLiteral("/"));
@@ -160,8 +160,8 @@ TEST_F(FileBrowserDialogTest, APatternListsItsFilesAndLeavesTheDialogOpen) {
     EXPECT_FALSE(okWith(QStringLiteral("*.ini")));
     EXPECT_EQ(listed(), (QStringList{"..", "sub", "setup.ini"}));
 
-    EXPECT_FALSE(okWith(folder_.pathOf(QStringLiteral("sub/inn*"))));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_FALSE(okWith(folder_.path(QStringLiteral("sub/inn*"))));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
     EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("inn*"));
     EXPECT_EQ(listed(), (QStringList{"..", "inner.txt"}));
 }
@@ -186,16 +186,16 @@ TEST_F(FileBrowserDialogTest, EnterInTheNameBoxRunsOkOnce) {
 }
 
 TEST_F(FileBrowserDialogTest, ATypedFolderOpensInsteadOfClosing) {
-    folder_.writeFile(QStringLiteral("to-sub.lnk"), lnkTo(QStringLiteral("sub")));
+    folder_.write(QStringLiteral("to-sub.lnk"), lnkTo(QStringLiteral("sub")));
     open();
     EXPECT_FALSE(okWith(QStringLiteral("sub")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
     EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
 
     EXPECT_FALSE(okWith(QStringLiteral("..")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path());
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder());
     EXPECT_FALSE(okWith(QStringLiteral("to-sub.lnk")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
 }
 
 TEST_F(FileBrowserDialogTest, ATypedNameWithoutDotGetsTheTypesExtensionFirst) {
@@ -206,11 +206,11 @@ TEST_F(FileBrowserDialogTest, ATypedNameWithoutDotGetsTheTypesExtensionFirst) {
     dialog_->ok();
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
     EXPECT_EQ(request_.names, QStringList{"memo.txt"});
-    EXPECT_EQ(request_.folder, folder_.path());
+    EXPECT_EQ(request_.folder, folder_.folder());
 }
 
 TEST_F(FileBrowserDialogTest, TheExtensionStepShowsAnExistingFileAsSpelt) {
-    folder_.writeFile(QStringLiteral("NOTES.TXT"));
+    folder_.write(QStringLiteral("NOTES.TXT"));
     openForSaving(0, option::AppendTypeExtension);
     EXPECT_FALSE(okWith(QStringLiteral("notes")));
     EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("NOTES.TXT"));
@@ -248,7 +248,7 @@ TEST_F(FileBrowserDialogTest, AListPickInSaveModeClosesWithoutAQuestion) {
     dialog_->fileList()->selectNames({QStringLiteral("a.txt")});
     dialog_->ok();
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.folder, folder_.path());
+    EXPECT_EQ(request_.folder, folder_.folder());
     EXPECT_EQ(request_.names, QStringList{"a.txt"});
 }
 
@@ -264,7 +264,7 @@ TEST_F(FileBrowserDialogTest, ADoubleTapOnAFileOpensItButNeverSavesOverIt) {
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
     EXPECT_EQ(request_.names, QStringList{"a.txt"});
 
-    request_.folder = folder_.path();
+    request_.folder = folder_.folder();
     openForSaving(flag::OverwritePrompt);
     view = dialog_->fileList()->view();
     DoubleTap(view->viewport(), row);
@@ -277,10 +277,10 @@ TEST_F(FileBrowserDialogTest, AFolderRowPickedWithOkOpensIt) {
     dialog_->fileList()->selectNames({QStringLiteral("sub")});
     dialog_->ok();
     EXPECT_NE(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
     dialog_->fileList()->selectNames({QStringLiteral("..")});
     dialog_->ok();
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path());
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder());
 }
 
 TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
@@ -292,7 +292,7 @@ TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
         ASSERT_EQ(messages.shown().size(), 1);
         EXPECT_EQ(messages.shown().front().text,
                   FormatMessage(QString::fromUtf16(fileops_message::kEntryNotFound.text),
-                                {folder_.pathOf(QStringLiteral("missing.txt"))}));
+                                {folder_.path(QStringLiteral("missing.txt"))}));
         EXPECT_TRUE(nameIsSelected());
     }
     request_.flags = flag::PathMustExist;
@@ -301,7 +301,7 @@ TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
     EXPECT_FALSE(okWith(QStringLiteral("nowhere/x.txt")));
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_EQ(messages.shown().front().id, 30023);
-    EXPECT_TRUE(messages.shown().front().text.endsWith(folder_.pathOf(QStringLiteral("nowhere"))));
+    EXPECT_TRUE(messages.shown().front().text.endsWith(folder_.path(QStringLiteral("nowhere"))));
     EXPECT_TRUE(okWith(QStringLiteral("new.txt")));
 }
 
@@ -330,11 +330,11 @@ TEST_F(FileBrowserDialogTest, SaveMayUnlockAReadOnlyFile) {
     openForSaving(flag::OverwritePrompt, option::UnlockReadOnly);
     ScriptedMessageService messages{MessageAnswer::No, MessageAnswer::Yes};
     EXPECT_FALSE(okWith(QStringLiteral("a.txt")));
-    EXPECT_FALSE(QFile::permissions(folder_.pathOf(QStringLiteral("a.txt"))) & QFile::WriteOwner);
+    EXPECT_FALSE(QFile::permissions(folder_.path(QStringLiteral("a.txt"))) & QFile::WriteOwner);
     EXPECT_TRUE(okWith(QStringLiteral("a.txt")));
     // Unlocking answers the overwrite question as well.
     EXPECT_EQ(messages.shownIds(), (QList<int>{30028, 30028}));
-    EXPECT_TRUE(QFile::permissions(folder_.pathOf(QStringLiteral("a.txt"))) & QFile::WriteOwner);
+    EXPECT_TRUE(QFile::permissions(folder_.path(QStringLiteral("a.txt"))) & QFile::WriteOwner);
 }
 
 TEST_F(FileBrowserDialogTest, WithoutUnlockingAReadOnlyFileGetsTheOverwriteQuestion) {
@@ -347,8 +347,8 @@ TEST_F(FileBrowserDialogTest, WithoutUnlockingAReadOnlyFileGetsTheOverwriteQuest
 
 TEST_F(FileBrowserDialogTest, ATypedPathSplitsIntoFolderAndName) {
     open();
-    EXPECT_TRUE(okWith(folder_.pathOf(QStringLiteral("sub/../sub/new.txt"))));
-    EXPECT_EQ(request_.folder, folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_TRUE(okWith(folder_.path(QStringLiteral("sub/../sub/new.txt"))));
+    EXPECT_EQ(request_.folder, folder_.path(QStringLiteral("sub/")));
     EXPECT_EQ(request_.names, QStringList{"new.txt"});
 }
 
@@ -380,42 +380,42 @@ TEST_F(FileBrowserDialogTest, ResultsCarryTypeOptionStyleAndFolders) {
     EXPECT_EQ(request_.optionIndex, 4);
     EXPECT_EQ(request_.listStyle, list_style::List);
     EXPECT_FALSE(request_.showFolders);
-    EXPECT_EQ(request_.path(), folder_.pathOf(QStringLiteral("x.ini")));
+    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("x.ini")));
 }
 
 TEST_F(FileBrowserDialogTest, ShortcutsStandForTheirTargetsUnlessAskedOtherwise) {
-    folder_.writeFile(QStringLiteral("sub/target.txt"));
-    folder_.writeFile(QStringLiteral("note.lnk"), lnkTo(QStringLiteral("sub/target.txt")));
+    folder_.write(QStringLiteral("sub/target.txt"));
+    folder_.write(QStringLiteral("note.lnk"), lnkTo(QStringLiteral("sub/target.txt")));
     open();
     dialog_->fileList()->selectNames({QStringLiteral("note.lnk")});
     dialog_->ok();
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.path(), folder_.pathOf(QStringLiteral("sub/target.txt")));
+    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("sub/target.txt")));
 
     // The request carries the result's folder out; each round starts in the test folder again.
-    request_.folder = folder_.path();
+    request_.folder = folder_.folder();
     open();
     EXPECT_TRUE(okWith(QStringLiteral("note.lnk")));
-    EXPECT_EQ(request_.path(), folder_.pathOf(QStringLiteral("sub/target.txt")));
+    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("sub/target.txt")));
 
     // "選択した .lnk ファイル" takes the shortcut file itself.
-    request_.folder = folder_.path();
+    request_.folder = folder_.folder();
     open();
     dialog_->fileList()->selectNames({QStringLiteral("note.lnk")});
     dialog_->fileList()->runCommand(cmd::SelectLnk);
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.path(), folder_.pathOf(QStringLiteral("note.lnk")));
+    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("note.lnk")));
 
     request_.flags = flag::NoDereferenceLinks;
-    request_.folder = folder_.path();
+    request_.folder = folder_.folder();
     open();
     EXPECT_TRUE(okWith(QStringLiteral("note.lnk")));
-    EXPECT_EQ(request_.path(), folder_.pathOf(QStringLiteral("note.lnk")));
+    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("note.lnk")));
 }
 
 TEST_F(FileBrowserDialogTest, OkWhileALabelIsEditedOnlyEndsTheEdit) {
     open();
-    dialog_->folderTree()->openPath(folder_.pathOf(QStringLiteral("sub")));
+    dialog_->folderTree()->openPath(folder_.path(QStringLiteral("sub")));
     dialog_->folderTree()->startRename();
     ASSERT_TRUE(dialog_->folderTree()->isEditing());
     dialog_->nameBox()->setText(QStringLiteral("a.txt"));
@@ -461,8 +461,8 @@ TEST_F(FileBrowserDialogTest, TheHookSeesEventsFirst) {
 }
 
 TEST(BrowseSettings, TakeTheTapAndDisplaySettingsAndKeepTheChoices) {
-    TestFolder folder;
-    SettingsStore store(folder.pathOf(QStringLiteral("settings.ini")));
+    ScratchFolder folder;
+    SettingsStore store(folder.path(QStringLiteral("settings.ini")));
     BrowseRequest request;
     request.options = list_option::SingleTapOpensFolder | option::Saving;
     ApplyBrowseSettings(request, store);

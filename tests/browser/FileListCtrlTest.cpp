@@ -1,8 +1,8 @@
 #include "browser/FileListCtrl.h"
 
-#include "TestFolder.h"
 #include "fileops/FileClipboard.h"
 #include "messages/testing/ScriptedMessageService.h"
+#include "support/ScratchFolder.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -18,7 +18,7 @@ namespace korvel {
 namespace {
 
 namespace cmd = browser_command;
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 // Closes the first popup menu that opens, as a user tapping beside it would, and keeps the texts
 // of its items.
@@ -47,9 +47,9 @@ class FileListCtrlTest : public ::testing::Test {
 protected:
     void SetUp() override {
         folder_.makeFolder(QStringLiteral("sub"));
-        folder_.writeSizedFile(QStringLiteral("a.txt"), 300);
-        folder_.writeSizedFile(QStringLiteral("b.txt"), 100);
-        folder_.writeSizedFile(QStringLiteral("c.txt"), 200);
+        folder_.writeSized(QStringLiteral("a.txt"), 300);
+        folder_.writeSized(QStringLiteral("b.txt"), 100);
+        folder_.writeSized(QStringLiteral("c.txt"), 200);
     }
 
     // A list as the browse dialog makes it, showing the test folder.
@@ -62,7 +62,7 @@ protected:
         list_.setClipboard(&clipboard_);
         list_.resize(400, 600);
         list_.show();
-        ASSERT_TRUE(list_.setFolder(folder_.path()));
+        ASSERT_TRUE(list_.setFolder(folder_.folder()));
         list_.refresh();
     }
 
@@ -95,7 +95,7 @@ protected:
     }
     void select(const QStringList& selection) { list_.selectNames(selection); }
 
-    TestFolder folder_;
+    ScratchFolder folder_;
     FileClipboard clipboard_;
     FileListCtrl list_;
 };
@@ -129,7 +129,7 @@ TEST_F(FileListCtrlTest, HeaderTapsFlipOneRememberedDirection) {
     FileListCtrl other;
     other.create(list_style::Details, 0, {});
     other.show();
-    ASSERT_TRUE(other.setFolder(folder_.path()));
+    ASSERT_TRUE(other.setFolder(folder_.folder()));
     other.refresh();
     QHeaderView* header = static_cast<QTreeView*>(other.view())->header();
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
@@ -156,30 +156,30 @@ TEST_F(FileListCtrlTest, MultiSelectModeTogglesTappedRowsUntilARefresh) {
     EXPECT_EQ(selectedNames(), QStringList{"c.txt"});
     // A folder row is selected like any other, not opened.
     tap(rowOf("sub"));
-    EXPECT_EQ(list_.folder(), folder_.path());
+    EXPECT_EQ(list_.folder(), folder_.folder());
 
     list_.runCommand(cmd::Refresh);
     EXPECT_FALSE(list_.multiSelectMode());
 }
 
 TEST_F(FileListCtrlTest, OwnNavigationOpensFoldersBySingleTapWhenAsked) {
-    folder_.writeFile(QStringLiteral("sub/inner.txt"));
+    folder_.write(QStringLiteral("sub/inner.txt"));
     create(list_option::ShowFolders | list_option::SingleTapOpensFolder, false, true);
     QSignalSpy changed(&list_, &FileListCtrl::folderChanged);
     tap(rowOf("sub"));
-    EXPECT_EQ(list_.folder(), folder_.pathOf("sub/"));
+    EXPECT_EQ(list_.folder(), folder_.path("sub/"));
     EXPECT_EQ(names(), (QStringList{"..", "inner.txt"}));
     ASSERT_EQ(changed.size(), 1);
     tap(0);
-    EXPECT_EQ(list_.folder(), folder_.path());
+    EXPECT_EQ(list_.folder(), folder_.folder());
 }
 
 TEST_F(FileListCtrlTest, OwnNavigationWithoutTheOptionNeedsADoubleTap) {
     create(list_option::ShowFolders, false, true);
     tap(rowOf("sub"));
-    EXPECT_EQ(list_.folder(), folder_.path());
+    EXPECT_EQ(list_.folder(), folder_.folder());
     QTest::mouseDClick(list_.view()->viewport(), Qt::LeftButton, {}, centreOf(rowOf("sub")));
-    EXPECT_EQ(list_.folder(), folder_.pathOf("sub/"));
+    EXPECT_EQ(list_.folder(), folder_.path("sub/"));
 }
 
 TEST_F(FileListCtrlTest, TellsItsOwnerAboutTapsOnceTheyAreReleased) {
@@ -242,7 +242,7 @@ TEST_F(FileListCtrlTest, EnterIsHandedToTheDialog) {
 TEST_F(FileListCtrlTest, ParentFolderCommandAndTheRoot) {
     create();
     list_.runCommand(cmd::ParentFolder);
-    QString parent = folder_.path();
+    QString parent = folder_.folder();
     parent.chop(1);
     parent.truncate(parent.lastIndexOf(u'/') + 1);
     EXPECT_EQ(list_.folder(), parent);
@@ -265,7 +265,7 @@ TEST_F(FileListCtrlTest, ShowFoldersCommandTogglesAndRefreshes) {
 
 TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
     const QString longName = QStringLiteral("a name long enough to run under its neighbours.txt");
-    folder_.writeFile(longName);
+    folder_.write(longName);
     create();
     QAbstractItemView* details = list_.view();
     const int icon = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
@@ -297,8 +297,8 @@ TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) 
 }
 
 TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
-    folder_.writeFile(QStringLiteral("short.lnk"),
-                      "1#" + folder_.pathOf(QStringLiteral("a.txt")).toUtf8() + "\r\n");
+    folder_.write(QStringLiteral("short.lnk"),
+                  "1#" + folder_.path(QStringLiteral("a.txt")).toUtf8() + "\r\n");
     create();
     EXPECT_EQ(list_.popupState().selectedCount, 0);
     select({QStringLiteral("..")});
@@ -326,7 +326,7 @@ TEST_F(FileListCtrlTest, CutGraysPasteHereAndMovesElsewhere) {
     list_.runCommand(cmd::Cut);
     EXPECT_TRUE(list_.popupState().clipboardCutFromHere);
 
-    ASSERT_TRUE(list_.setFolder(folder_.pathOf(QStringLiteral("sub"))));
+    ASSERT_TRUE(list_.setFolder(folder_.path(QStringLiteral("sub"))));
     list_.refresh();
     EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
     list_.runCommand(cmd::Paste);
@@ -366,7 +366,7 @@ TEST_F(FileListCtrlTest, ListingDisabledShowsNothing) {
     FileListSwitches switches;
     switches.listingEnabled = false;
     list_.create(list_style::Details, list_option::ShowFolders, switches);
-    ASSERT_TRUE(list_.setFolder(folder_.path()));
+    ASSERT_TRUE(list_.setFolder(folder_.folder()));
     EXPECT_EQ(list_.refresh(), FileOpStatus::Done);
     EXPECT_EQ(list_.rowCount(), 0);
 }

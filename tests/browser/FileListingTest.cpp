@@ -1,7 +1,7 @@
 #include "browser/FileListing.h"
 
-#include "TestFolder.h"
 #include "browser/Wildcard.h"
+#include "support/ScratchFolder.h"
 
 #include <QDateTime>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 namespace korvel {
 namespace {
 
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 FileEntry File(const QString& name, std::uint64_t size = 0, FileTime time = 0) {
     FileEntry entry;
@@ -185,7 +185,7 @@ TEST(FileListingSortKey, RefusesColumnsAbove4AndOtherDirections) {
 class FileListingTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(listing_.setFolder(folder_.path()));
+        ASSERT_TRUE(listing_.setFolder(folder_.folder()));
         IconExtensions& icons = listing_.iconExtensions();
         for (const char16_t* extension : {u"txt", u"ini", u"inf"})
             icons.add(IconGroup::Text, extension);
@@ -195,30 +195,30 @@ protected:
     }
 
     QByteArray lnkTo(const QString& relative) const {
-        return "1#\"" + folder_.pathOf(relative).toUtf8() + "\"\r\n";
+        return "1#\"" + folder_.path(relative).toUtf8() + "\"\r\n";
     }
 
-    TestFolder folder_;
+    ScratchFolder folder_;
     FileListing listing_;
 };
 
 TEST_F(FileListingTest, SetFolderKeepsOneTrailingSlashAndRefusesFiles) {
     folder_.makeFolder(QStringLiteral("sub"));
-    folder_.writeFile(QStringLiteral("a.txt"));
-    EXPECT_TRUE(listing_.setFolder(folder_.pathOf(QStringLiteral("sub//"))));
-    EXPECT_EQ(listing_.folder(), folder_.pathOf(QStringLiteral("sub/")));
-    EXPECT_FALSE(listing_.setFolder(folder_.pathOf(QStringLiteral("a.txt"))));
-    EXPECT_FALSE(listing_.setFolder(folder_.pathOf(QStringLiteral("missing"))));
+    folder_.write(QStringLiteral("a.txt"));
+    EXPECT_TRUE(listing_.setFolder(folder_.path(QStringLiteral("sub//"))));
+    EXPECT_EQ(listing_.folder(), folder_.path(QStringLiteral("sub/")));
+    EXPECT_FALSE(listing_.setFolder(folder_.path(QStringLiteral("a.txt"))));
+    EXPECT_FALSE(listing_.setFolder(folder_.path(QStringLiteral("missing"))));
     EXPECT_FALSE(listing_.setFolder(QString()));
-    EXPECT_EQ(listing_.folder(), folder_.pathOf(QStringLiteral("sub/")));
+    EXPECT_EQ(listing_.folder(), folder_.path(QStringLiteral("sub/")));
     EXPECT_TRUE(listing_.setFolder(QStringLiteral("/")));
     EXPECT_TRUE(listing_.isRoot());
 }
 
 TEST_F(FileListingTest, ListsParentAndFoldersFirstThenFilesWithoutHiddenOnes) {
-    folder_.writeFile(QStringLiteral("b.txt"));
-    folder_.writeFile(QStringLiteral("A.txt"));
-    folder_.writeFile(QStringLiteral(".hidden"));
+    folder_.write(QStringLiteral("b.txt"));
+    folder_.write(QStringLiteral("A.txt"));
+    folder_.write(QStringLiteral(".hidden"));
     folder_.makeFolder(QStringLiteral("zeta"));
     folder_.makeFolder(QStringLiteral(".git"));
 
@@ -233,8 +233,8 @@ TEST_F(FileListingTest, ListsParentAndFoldersFirstThenFilesWithoutHiddenOnes) {
 TEST_F(FileListingTest, ParentStaysFirstInBothDirections) {
     folder_.makeFolder(QStringLiteral("a"));
     folder_.makeFolder(QStringLiteral("b"));
-    folder_.writeSizedFile(QStringLiteral("x.txt"), 10);
-    folder_.writeSizedFile(QStringLiteral("y.txt"), 20);
+    folder_.writeSized(QStringLiteral("x.txt"), 10);
+    folder_.writeSized(QStringLiteral("y.txt"), 20);
     listing_.refresh();
 
     listing_.sort(MakeSortKey(sort_column::Size, true));
@@ -253,18 +253,18 @@ TEST_F(FileListingTest, RootHasNoParentRow) {
 
 TEST_F(FileListingTest, UnreadableFolderStillShowsTheParentRow) {
     folder_.makeFolder(QStringLiteral("sub"));
-    ASSERT_TRUE(listing_.setFolder(folder_.pathOf(QStringLiteral("sub"))));
-    QDir(folder_.path()).rmdir(QStringLiteral("sub"));
+    ASSERT_TRUE(listing_.setFolder(folder_.path(QStringLiteral("sub"))));
+    QDir(folder_.folder()).rmdir(QStringLiteral("sub"));
     EXPECT_EQ(listing_.refresh(), FileOpStatus::Done);
     EXPECT_EQ(Names(listing_), QStringList{".."});
 }
 
 TEST_F(FileListingTest, ExtensionFilterMatchesTheLastDotInAnyCase) {
-    folder_.writeFile(QStringLiteral("a.txt"));
-    folder_.writeFile(QStringLiteral("b.TXT"));
-    folder_.writeFile(QStringLiteral("c.txt.bak"));
-    folder_.writeFile(QStringLiteral("d.ini"));
-    folder_.writeFile(QStringLiteral("txt"));
+    folder_.write(QStringLiteral("a.txt"));
+    folder_.write(QStringLiteral("b.TXT"));
+    folder_.write(QStringLiteral("c.txt.bak"));
+    folder_.write(QStringLiteral("d.ini"));
+    folder_.write(QStringLiteral("txt"));
     listing_.setOptions(0);
 
     listing_.setExtensionFilter({QStringLiteral(".txt")});
@@ -277,9 +277,9 @@ TEST_F(FileListingTest, ExtensionFilterMatchesTheLastDotInAnyCase) {
 }
 
 TEST_F(FileListingTest, PatternListsMatchingFilesAndEveryFolder) {
-    folder_.writeFile(QStringLiteral("a.ini"));
-    folder_.writeFile(QStringLiteral("B.INI"));
-    folder_.writeFile(QStringLiteral("c.txt"));
+    folder_.write(QStringLiteral("a.ini"));
+    folder_.write(QStringLiteral("B.INI"));
+    folder_.write(QStringLiteral("c.txt"));
     folder_.makeFolder(QStringLiteral("sub"));
     listing_.setExtensionFilter({QStringLiteral(".txt")});
 
@@ -290,9 +290,9 @@ TEST_F(FileListingTest, PatternListsMatchingFilesAndEveryFolder) {
 
 TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
     folder_.makeFolder(QStringLiteral("target"));
-    folder_.writeFile(QStringLiteral("Docs.lnk"), lnkTo(QStringLiteral("target")));
-    folder_.makeLink(QStringLiteral("zlink"), folder_.pathOf(QStringLiteral("target")));
-    folder_.writeFile(QStringLiteral("a.txt"));
+    folder_.write(QStringLiteral("Docs.lnk"), lnkTo(QStringLiteral("target")));
+    folder_.link(QStringLiteral("zlink"), folder_.path(QStringLiteral("target")));
+    folder_.write(QStringLiteral("a.txt"));
     listing_.setExtensionFilter({QStringLiteral(".txt")});
     listing_.refresh();
 
@@ -312,12 +312,12 @@ TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
 }
 
 TEST_F(FileListingTest, ShortcutToAFileTakesTheTargetsIconWithTheMark) {
-    folder_.writeFile(QStringLiteral("photo.png"));
-    folder_.writeFile(QStringLiteral("noext"));
-    folder_.writeFile(QStringLiteral("pic.lnk"), lnkTo(QStringLiteral("photo.png")));
-    folder_.writeFile(QStringLiteral("bare.lnk"), lnkTo(QStringLiteral("noext")));
-    folder_.writeFile(QStringLiteral("broken.lnk"), lnkTo(QStringLiteral("gone.png")));
-    folder_.makeLink(QStringLiteral("page.htm"), folder_.pathOf(QStringLiteral("photo.png")));
+    folder_.write(QStringLiteral("photo.png"));
+    folder_.write(QStringLiteral("noext"));
+    folder_.write(QStringLiteral("pic.lnk"), lnkTo(QStringLiteral("photo.png")));
+    folder_.write(QStringLiteral("bare.lnk"), lnkTo(QStringLiteral("noext")));
+    folder_.write(QStringLiteral("broken.lnk"), lnkTo(QStringLiteral("gone.png")));
+    folder_.link(QStringLiteral("page.htm"), folder_.path(QStringLiteral("photo.png")));
     listing_.refresh();
 
     EXPECT_EQ(RowNamed(listing_, "pic.lnk").icon, file_icon::Image + file_icon::ShortcutMark);
@@ -334,7 +334,7 @@ TEST_F(FileListingTest, ShortcutToAFileTakesTheTargetsIconWithTheMark) {
 
 TEST_F(FileListingTest, WithoutShortcutResolutionALnkIsAPlainFile) {
     folder_.makeFolder(QStringLiteral("target"));
-    folder_.writeFile(QStringLiteral("Docs.lnk"), lnkTo(QStringLiteral("target")));
+    folder_.write(QStringLiteral("Docs.lnk"), lnkTo(QStringLiteral("target")));
     listing_.setResolveShortcuts(false);
     listing_.refresh();
 
@@ -346,11 +346,11 @@ TEST_F(FileListingTest, WithoutShortcutResolutionALnkIsAPlainFile) {
 }
 
 TEST_F(FileListingTest, IconAndNameOptions) {
-    folder_.writeFile(QStringLiteral("memo.txt"));
-    folder_.writeFile(QStringLiteral("page.HTM"));
-    folder_.writeFile(QStringLiteral("tool.exe"));
-    folder_.writeFile(QStringLiteral("archive.tar.gz"));
-    folder_.writeFile(QStringLiteral("Makefile"));
+    folder_.write(QStringLiteral("memo.txt"));
+    folder_.write(QStringLiteral("page.HTM"));
+    folder_.write(QStringLiteral("tool.exe"));
+    folder_.write(QStringLiteral("archive.tar.gz"));
+    folder_.write(QStringLiteral("Makefile"));
     listing_.setOptions(0);
     listing_.refresh();
     EXPECT_EQ(RowNamed(listing_, "memo.txt").icon, file_icon::Text);
@@ -368,7 +368,7 @@ TEST_F(FileListingTest, IconAndNameOptions) {
 }
 
 TEST_F(FileListingTest, EntriesCarryReadOnlySizeAndTime) {
-    folder_.writeSizedFile(QStringLiteral("a.txt"), 5000);
+    folder_.writeSized(QStringLiteral("a.txt"), 5000);
     folder_.setReadOnly(QStringLiteral("a.txt"), true);
     const QDateTime when(QDate(2021, 7, 9), QTime(13, 45));
     folder_.setModified(QStringLiteral("a.txt"), when);
@@ -382,8 +382,8 @@ TEST_F(FileListingTest, EntriesCarryReadOnlySizeAndTime) {
 }
 
 TEST_F(FileListingTest, IndexOfPrefersTheExactCase) {
-    folder_.writeFile(QStringLiteral("Memo.txt"));
-    folder_.writeFile(QStringLiteral("memo.txt"));
+    folder_.write(QStringLiteral("Memo.txt"));
+    folder_.write(QStringLiteral("memo.txt"));
     listing_.refresh();
     EXPECT_EQ(listing_.row(listing_.indexOf(u"memo.txt"))->entry.name, QStringLiteral("memo.txt"));
     EXPECT_EQ(listing_.row(listing_.indexOf(u"Memo.txt"))->entry.name, QStringLiteral("Memo.txt"));

@@ -1,8 +1,8 @@
 #include "browser/FolderTree.h"
 
-#include "TestFolder.h"
 #include "browser/PopupMenus.h"
 #include "messages/testing/ScriptedMessageService.h"
+#include "support/ScratchFolder.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -16,7 +16,7 @@ namespace korvel {
 namespace {
 
 namespace cmd = browser_command;
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 QStringList ChildTexts(const QTreeWidgetItem* item) {
     QStringList texts;
@@ -32,18 +32,18 @@ protected:
         folder_.makeFolder(QStringLiteral("alpha"));
         folder_.makeFolder(QStringLiteral("Empty"));
         folder_.makeFolder(QStringLiteral(".hidden/inner"));
-        folder_.writeFile(QStringLiteral("file.txt"));
-        folder_.makeLink(QStringLiteral("linked"), folder_.pathOf(QStringLiteral("alpha")));
+        folder_.write(QStringLiteral("file.txt"));
+        folder_.link(QStringLiteral("linked"), folder_.path(QStringLiteral("alpha")));
         tree_.resize(300, 400);
         tree_.show();
     }
 
     QTreeWidgetItem* open(const QString& relative) {
-        EXPECT_EQ(tree_.openPath(folder_.pathOf(relative)), FileOpStatus::Done);
+        EXPECT_EQ(tree_.openPath(folder_.path(relative)), FileOpStatus::Done);
         return tree_.currentItem();
     }
 
-    TestFolder folder_;
+    ScratchFolder folder_;
     FolderTree tree_;
 };
 
@@ -71,7 +71,7 @@ TEST_F(FolderTreeTest, FillsOnExpansionWithRealVisibleFoldersInOrder) {
 TEST_F(FolderTreeTest, OpenPathWalksDownIgnoringCase) {
     QTreeWidgetItem* item = open(QStringLiteral("docs/SUB"));
     EXPECT_EQ(item->text(0), QStringLiteral("Sub"));
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/Sub/")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("Docs/Sub/")));
     for (QTreeWidgetItem* parent = item->parent(); parent != nullptr; parent = parent->parent())
         EXPECT_TRUE(parent->isExpanded());
 }
@@ -79,29 +79,29 @@ TEST_F(FolderTreeTest, OpenPathWalksDownIgnoringCase) {
 TEST_F(FolderTreeTest, OpenPathStopsAtTheDeepestExistingFolder) {
     QSignalSpy changed(&tree_, &FolderTree::currentFolderChanged);
     open(QStringLiteral("Docs/missing"));
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("Docs/")));
     ASSERT_FALSE(changed.isEmpty());
-    EXPECT_EQ(changed.back().front().toString(), folder_.pathOf(QStringLiteral("Docs/")));
+    EXPECT_EQ(changed.back().front().toString(), folder_.path(QStringLiteral("Docs/")));
 }
 
 TEST_F(FolderTreeTest, OpenPathReachesATypedHiddenFolder) {
     open(QStringLiteral(".hidden/inner"));
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral(".hidden/inner/")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral(".hidden/inner/")));
 }
 
 TEST_F(FolderTreeTest, OpenPathWithoutALeadingSlashDoesNothing) {
     open(QStringLiteral("alpha"));
     EXPECT_EQ(tree_.openPath(QStringLiteral("relative/path")), FileOpStatus::BadArgument);
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("alpha/")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("alpha/")));
 }
 
 TEST_F(FolderTreeTest, RecordOnlyChangesTheFolderButNotTheDisplay) {
     QTreeWidgetItem* item = open(QStringLiteral("alpha"));
-    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("Docs")), true), FileOpStatus::Done);
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("Docs/")));
+    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("Docs")), true), FileOpStatus::Done);
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("Docs/")));
     EXPECT_EQ(tree_.currentItem(), item);
-    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("gone")), true), FileOpStatus::NotFound);
-    EXPECT_EQ(tree_.openPath(folder_.pathOf(QStringLiteral("file.txt")), true),
+    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("gone")), true), FileOpStatus::NotFound);
+    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("file.txt")), true),
               FileOpStatus::NotFound);
 }
 
@@ -127,7 +127,7 @@ TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
     // second ends the delete, whichever order the disk lists them in.
     for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
         folder_.makeFolder(QStringLiteral("Docs/Sub/") + name);
-        folder_.writeFile(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name));
+        folder_.write(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name));
         folder_.setReadOnly(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name), true);
     }
     QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
@@ -138,8 +138,8 @@ TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
                                         MessageAnswer::Cancel};
         tree_.runCommand(cmd::FolderDelete);
     }
-    const QStringList left = QDir(folder_.pathOf(QStringLiteral("Docs/Sub")))
-                                 .entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    const QStringList left =
+        QDir(folder_.path(QStringLiteral("Docs/Sub"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     EXPECT_EQ(left.size(), 1);
     EXPECT_EQ(ChildTexts(sub), left);
 
@@ -153,7 +153,7 @@ TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
 
     // A folder removed behind the tree's back cannot be deleted, and its item goes as well.
     QTreeWidgetItem* top = open(QStringLiteral("Empty"))->parent();
-    ASSERT_TRUE(QDir(folder_.path()).rmdir(QStringLiteral("Empty")));
+    ASSERT_TRUE(QDir(folder_.folder()).rmdir(QStringLiteral("Empty")));
     messages.script({MessageAnswer::Yes, MessageAnswer::Ok});
     tree_.runCommand(cmd::FolderDelete);
     EXPECT_EQ(ChildTexts(top), (QStringList{"alpha", "Docs"}));
@@ -172,7 +172,7 @@ TEST_F(FolderTreeTest, RenameShowsTheNewNameAndMakesItCurrent) {
     tree_.finishRename(alpha, QStringLiteral("  beta "));
     EXPECT_EQ(alpha->text(0), QStringLiteral("beta"));
     EXPECT_TRUE(folder_.exists(QStringLiteral("beta")));
-    EXPECT_EQ(tree_.currentFolder(), folder_.pathOf(QStringLiteral("beta/")));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("beta/")));
     ASSERT_FALSE(changed.isEmpty());
     // The children are in the order a fill gives them, letter case folded.
     EXPECT_EQ(ChildTexts(alpha->parent()), (QStringList{"beta", "Docs", "Empty"}));

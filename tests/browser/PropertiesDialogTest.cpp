@@ -1,7 +1,7 @@
 #include "browser/PropertiesDialog.h"
 
-#include "TestFolder.h"
 #include "messages/testing/ScriptedMessageService.h"
+#include "support/ScratchFolder.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -10,7 +10,7 @@
 namespace korvel {
 namespace {
 
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 bool OwnerMayWrite(const QString& path) {
     return QFile::permissions(path) & QFile::WriteOwner;
@@ -24,21 +24,21 @@ QStringList Texts(const QDialog& dialog) {
 }
 
 TEST(PropertiesDialog, ShowsPathSizeAndTime) {
-    TestFolder folder;
-    folder.writeSizedFile(QStringLiteral("a.txt"), 12345);
+    ScratchFolder folder;
+    folder.writeSized(QStringLiteral("a.txt"), 12345);
     folder.setModified(QStringLiteral("a.txt"), QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8)));
-    const PropertiesDialog dialog(folder.pathOf(QStringLiteral("a.txt")));
+    const PropertiesDialog dialog(folder.path(QStringLiteral("a.txt")));
     const QStringList texts = Texts(dialog);
-    EXPECT_TRUE(texts.contains(folder.pathOf(QStringLiteral("a.txt"))));
+    EXPECT_TRUE(texts.contains(folder.path(QStringLiteral("a.txt"))));
     EXPECT_TRUE(texts.contains(QStringLiteral("12,345 バイト")));
     EXPECT_TRUE(texts.contains(QStringLiteral("2023/04/05 06:07:08")));
     EXPECT_FALSE(dialog.isReadOnlyChecked());
 }
 
 TEST(PropertiesDialog, ChangesTheReadOnlyStateBothWays) {
-    TestFolder folder;
-    folder.writeFile(QStringLiteral("a.txt"));
-    const QString path = folder.pathOf(QStringLiteral("a.txt"));
+    ScratchFolder folder;
+    folder.write(QStringLiteral("a.txt"));
+    const QString path = folder.path(QStringLiteral("a.txt"));
     {
         PropertiesDialog dialog(path);
         dialog.setReadOnlyChecked(true);
@@ -54,9 +54,9 @@ TEST(PropertiesDialog, ChangesTheReadOnlyStateBothWays) {
 }
 
 TEST(PropertiesDialog, ReportsAFailedChangeAndStaysOpen) {
-    TestFolder folder;
-    folder.writeFile(QStringLiteral("a.txt"));
-    const QString path = folder.pathOf(QStringLiteral("a.txt"));
+    ScratchFolder folder;
+    folder.write(QStringLiteral("a.txt"));
+    const QString path = folder.path(QStringLiteral("a.txt"));
     PropertiesDialog dialog(path);
     QFile::remove(path);
     dialog.setReadOnlyChecked(true);
@@ -68,10 +68,10 @@ TEST(PropertiesDialog, ReportsAFailedChangeAndStaysOpen) {
 }
 
 TEST(PropertiesDialog, LeavesALinksPermissionsAlone) {
-    TestFolder folder;
-    folder.writeFile(QStringLiteral("a.txt"));
-    folder.makeLink(QStringLiteral("link"), folder.pathOf(QStringLiteral("a.txt")));
-    const PropertiesDialog dialog(folder.pathOf(QStringLiteral("link")));
+    ScratchFolder folder;
+    folder.write(QStringLiteral("a.txt"));
+    folder.link(QStringLiteral("link"), folder.path(QStringLiteral("a.txt")));
+    const PropertiesDialog dialog(folder.path(QStringLiteral("link")));
     EXPECT_FALSE(dialog.findChild<QCheckBox*>()->isEnabled());
 }
 

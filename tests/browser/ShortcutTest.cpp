@@ -1,6 +1,6 @@
 #include "browser/Shortcut.h"
 
-#include "TestFolder.h"
+#include "support/ScratchFolder.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -8,7 +8,7 @@
 namespace korvel {
 namespace {
 
-using testing::TestFolder;
+using testing::ScratchFolder;
 
 TEST(ShortcutText, TakesTheTextAfterTheHashUpToTheFirstLineEnd) {
     EXPECT_EQ(ParseShortcutText("13#\"\\My Documents\\a.txt\"\r\nrest"),
@@ -81,75 +81,75 @@ protected:
         return QByteArray::number(target.size()) + "#\"" + target.toUtf8() + "\"\r\n";
     }
 
-    TestFolder folder_;
+    ScratchFolder folder_;
 };
 
 TEST_F(ResolveShortcutTest, LeadsToAnExistingFileOrFolder) {
-    folder_.writeFile(QStringLiteral("a.txt"));
+    folder_.write(QStringLiteral("a.txt"));
     folder_.makeFolder(QStringLiteral("sub"));
-    folder_.writeFile(QStringLiteral("file.lnk"), lnkTo(folder_.pathOf(QStringLiteral("a.txt"))));
-    folder_.writeFile(QStringLiteral("folder.lnk"), lnkTo(folder_.pathOf(QStringLiteral("sub"))));
+    folder_.write(QStringLiteral("file.lnk"), lnkTo(folder_.path(QStringLiteral("a.txt"))));
+    folder_.write(QStringLiteral("folder.lnk"), lnkTo(folder_.path(QStringLiteral("sub"))));
 
-    const auto file = ResolveShortcut(folder_.pathOf(QStringLiteral("file.lnk")));
+    const auto file = ResolveShortcut(folder_.path(QStringLiteral("file.lnk")));
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->path, folder_.pathOf(QStringLiteral("a.txt")));
+    EXPECT_EQ(file->path, folder_.path(QStringLiteral("a.txt")));
     EXPECT_FALSE(file->isFolder);
-    const auto folder = ResolveShortcut(folder_.pathOf(QStringLiteral("folder.lnk")));
+    const auto folder = ResolveShortcut(folder_.path(QStringLiteral("folder.lnk")));
     ASSERT_TRUE(folder);
     EXPECT_TRUE(folder->isFolder);
 }
 
 TEST_F(ResolveShortcutTest, NeedsTheLnkExtensionInAnyCase) {
-    folder_.writeFile(QStringLiteral("a.txt"));
-    const QByteArray text = lnkTo(folder_.pathOf(QStringLiteral("a.txt")));
-    folder_.writeFile(QStringLiteral("X.LNK"), text);
-    folder_.writeFile(QStringLiteral("x.txt"), text);
-    folder_.writeFile(QStringLiteral("lnk"), text);
+    folder_.write(QStringLiteral("a.txt"));
+    const QByteArray text = lnkTo(folder_.path(QStringLiteral("a.txt")));
+    folder_.write(QStringLiteral("X.LNK"), text);
+    folder_.write(QStringLiteral("x.txt"), text);
+    folder_.write(QStringLiteral("lnk"), text);
 
-    EXPECT_TRUE(ResolveShortcut(folder_.pathOf(QStringLiteral("X.LNK"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("x.txt"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("lnk"))));
+    EXPECT_TRUE(ResolveShortcut(folder_.path(QStringLiteral("X.LNK"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("x.txt"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("lnk"))));
 }
 
 TEST_F(ResolveShortcutTest, FailsForMissingTargetsAndUnreadableFiles) {
-    folder_.writeFile(QStringLiteral("gone.lnk"), lnkTo(folder_.pathOf(QStringLiteral("gone"))));
-    folder_.writeFile(QStringLiteral("bare.lnk"), "4#notes.txt\r\n");
-    folder_.writeFile(QStringLiteral("empty.lnk"));
+    folder_.write(QStringLiteral("gone.lnk"), lnkTo(folder_.path(QStringLiteral("gone"))));
+    folder_.write(QStringLiteral("bare.lnk"), "4#notes.txt\r\n");
+    folder_.write(QStringLiteral("empty.lnk"));
     folder_.makeFolder(QStringLiteral("dir.lnk"));
 
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("gone.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("bare.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("empty.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("dir.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("missing.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("gone.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("bare.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("empty.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("dir.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("missing.lnk"))));
 }
 
 TEST_F(ResolveShortcutTest, TheListReadsLessThanTheDialog) {
     folder_.makeFolder(QString(200, u'd'));
-    const QString target = folder_.pathOf(QString(200, u'd'));
-    folder_.writeFile(QStringLiteral("long.lnk"),
-                      QByteArray(600 - target.size(), '0') + "#" + target.toUtf8() + "\r\n");
-    const QString shortcut = folder_.pathOf(QStringLiteral("long.lnk"));
+    const QString target = folder_.path(QString(200, u'd'));
+    folder_.write(QStringLiteral("long.lnk"),
+                  QByteArray(600 - target.size(), '0') + "#" + target.toUtf8() + "\r\n");
+    const QString shortcut = folder_.path(QStringLiteral("long.lnk"));
 
     EXPECT_TRUE(ResolveShortcut(shortcut, kShortcutReadLimit));
     EXPECT_FALSE(ResolveShortcut(shortcut, kListShortcutReadLimit));
 }
 
 TEST_F(ResolveShortcutTest, FollowsSymbolicLinksWhateverTheirName) {
-    folder_.writeFile(QStringLiteral("a.txt"));
+    folder_.write(QStringLiteral("a.txt"));
     folder_.makeFolder(QStringLiteral("sub"));
-    folder_.makeLink(QStringLiteral("to-file"), QStringLiteral("a.txt"));
-    folder_.makeLink(QStringLiteral("to-folder"), folder_.pathOf(QStringLiteral("sub")));
-    folder_.makeLink(QStringLiteral("broken.lnk"), QStringLiteral("nowhere"));
+    folder_.link(QStringLiteral("to-file"), QStringLiteral("a.txt"));
+    folder_.link(QStringLiteral("to-folder"), folder_.path(QStringLiteral("sub")));
+    folder_.link(QStringLiteral("broken.lnk"), QStringLiteral("nowhere"));
 
-    const auto file = ResolveShortcut(folder_.pathOf(QStringLiteral("to-file")));
+    const auto file = ResolveShortcut(folder_.path(QStringLiteral("to-file")));
     ASSERT_TRUE(file);
-    EXPECT_EQ(file->path, folder_.pathOf(QStringLiteral("a.txt")));
+    EXPECT_EQ(file->path, folder_.path(QStringLiteral("a.txt")));
     EXPECT_FALSE(file->isFolder);
-    const auto folder = ResolveShortcut(folder_.pathOf(QStringLiteral("to-folder")));
+    const auto folder = ResolveShortcut(folder_.path(QStringLiteral("to-folder")));
     ASSERT_TRUE(folder);
     EXPECT_TRUE(folder->isFolder);
-    EXPECT_FALSE(ResolveShortcut(folder_.pathOf(QStringLiteral("broken.lnk"))));
+    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("broken.lnk"))));
 }
 
 } // namespace

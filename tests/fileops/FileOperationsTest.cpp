@@ -1,6 +1,6 @@
 #include "fileops/FileOperations.h"
 
-#include "ScratchFolder.h"
+#include "support/ScratchFolder.h"
 
 namespace korvel {
 namespace {

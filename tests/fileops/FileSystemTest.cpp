@@ -1,7 +1,7 @@
 #include "fileops/FileSystem.h"
 
-#include "ScratchFolder.h"
 #include "fileops/FileClipboard.h"
+#include "support/ScratchFolder.h"
 
 #include <QDateTime>
 #include <sys/stat.h>

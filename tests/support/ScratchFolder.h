@@ -5,11 +5,23 @@
 #include "messages/StringTable.h"
 #include "messages/testing/ScriptedMessageService.h"
 
+#include <QByteArray>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QString>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <ostream>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+// Readable strings in test failure output.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace korvel::testing {
 
@@ -17,28 +29,36 @@ namespace korvel::testing {
 class ScratchFolder {
 public:
     explicit ScratchFolder(const QString& base = QDir::tempPath())
-        : dir_(base + QStringLiteral("/korvel-fileops-XXXXXX")) {}
+        : dir_(base + QStringLiteral("/korvel-test-XXXXXX")) {
+        EXPECT_TRUE(dir_.isValid());
+    }
     // Read-only entries would keep an unprivileged user from cleaning up.
     ~ScratchFolder() {
         QDirIterator it(dir_.path(),
                         QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System,
                         QDirIterator::Subdirectories);
         setWritable(dir_.path());
-        while (it.hasNext()) {
+        while (it.hasNext())
             setWritable(it.next());
-        }
     }
 
+    // The entry's path; the folder's own path without a trailing "/".
     QString path(const QString& relative = {}) const {
         return relative.isEmpty() ? dir_.path() : dir_.path() + u'/' + relative;
     }
+    // A folder's path with one trailing "/", as the browser keeps it.
     QString folder(const QString& relative = {}) const { return path(relative) + u'/'; }
 
-    void write(const QString& relative, const QByteArray& content = "text") const {
+    void write(const QString& relative, const QByteArray& content = {}) const {
         QDir().mkpath(QFileInfo(path(relative)).path());
         QFile file(path(relative));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << relative.toStdString();
-        file.write(content);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            << relative.toStdString();
+        ASSERT_EQ(file.write(content), content.size());
+    }
+    void writeSized(const QString& relative, qint64 size) const {
+        write(relative);
+        ASSERT_TRUE(QFile::resize(path(relative), size));
     }
     QByteArray read(const QString& relative) const {
         QFile file(path(relative));
@@ -47,13 +67,24 @@ public:
     void makeFolder(const QString& relative) const {
         ASSERT_TRUE(QDir().mkpath(path(relative))) << relative.toStdString();
     }
+    // A symbolic link holding `target` as given, relative or not.
     void link(const QString& relative, const QString& target) const {
-        ASSERT_TRUE(QFile::link(target, path(relative))) << relative.toStdString();
+        ASSERT_EQ(::symlink(QFile::encodeName(target).constData(),
+                            QFile::encodeName(path(relative)).constData()),
+                  0)
+            << relative.toStdString();
     }
-    void setReadOnly(const QString& relative) const {
+    void setModified(const QString& relative, const QDateTime& time) const {
+        const qint64 ms = time.toMSecsSinceEpoch();
+        const timeval times[2] = {{ms / 1000, (ms % 1000) * 1000}, {ms / 1000, (ms % 1000) * 1000}};
+        ASSERT_EQ(::utimes(QFile::encodeName(path(relative)).constData(), times), 0);
+    }
+    void setReadOnly(const QString& relative, bool readOnly = true) const {
         const QFileDevice::Permissions writable = QFileDevice::WriteOwner | QFileDevice::WriteUser |
                                                   QFileDevice::WriteGroup | QFileDevice::WriteOther;
-        QFile::setPermissions(path(relative), QFile::permissions(path(relative)) & ~writable);
+        const QFileDevice::Permissions now = QFile::permissions(path(relative));
+        QFile::setPermissions(path(relative),
+                              readOnly ? now & ~writable : now | QFileDevice::WriteOwner);
     }
     bool isReadOnly(const QString& relative) const {
         return !(QFile::permissions(path(relative)) & QFileDevice::WriteOwner);
@@ -67,12 +98,15 @@ public:
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                        QDir::Name);
     }
+    // The text of a shortcut file leading to an entry of this folder.
+    QByteArray lnkTo(const QString& relative) const {
+        return "1#\"" + path(relative).toUtf8() + "\"\r\n";
+    }
 
 private:
     static void setWritable(const QString& path) {
-        if (!QFileInfo(path).isSymLink()) {
+        if (!QFileInfo(path).isSymLink())
             QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::WriteOwner);
-        }
     }
 
     QTemporaryDir dir_;
@@ -94,9 +128,8 @@ inline QString TextOf(FileOpMessage message, const QStringList& arguments = {}) 
 
 inline QStringList ShownTexts(const ScriptedMessageService& messages) {
     QStringList texts;
-    for (const ShownMessage& box : messages.shown()) {
+    for (const ShownMessage& box : messages.shown())
         texts.append(box.text);
-    }
     return texts;
 }
 
