@@ -1,200 +1,151 @@
 #include "browser/PopupMenus.h"
 
 #include <gtest/gtest.h>
+#include <set>
+#include <tuple>
 
 namespace korvel {
 namespace {
 
 namespace cmd = browser_command;
 
-bool Has(const Menu& menu, int command) {
-    return FindCommand(menu, command) != nullptr;
-}
-bool Enabled(const Menu& menu, int command) {
-    const MenuItem* item = FindCommand(menu, command);
-    return item != nullptr && item->enabled;
-}
-bool Checked(const Menu& menu, int command) {
-    const MenuItem* item = FindCommand(menu, command);
-    return item != nullptr && item->checked;
-}
-const MenuItem* Submenu(const Menu& menu, const QString& text) {
-    for (const MenuItem& item : menu) {
-        if (!item.children.empty() && item.text == text)
-            return &item;
-    }
-    return nullptr;
+const MenuItem* Find(const Menu& menu, int command) {
+    return FindCommand(menu, command);
 }
 
-// One row selected, file operations on, single selection: the browse dialog's usual state.
-FilePopupState OneFileSelected() {
-    FilePopupState state;
-    state.selectedCount = 1;
-    state.options = list_option::ShowFolders;
-    return state;
-}
-
-TEST(FilePopupMenu, WithASelectionKeepsTheEditSubmenu) {
-    FilePopupState state = OneFileSelected();
-    state.clipboardEmpty = false;
-    const Menu menu = FilePopupMenu(state);
-
-    const MenuItem* edit = Submenu(menu, QStringLiteral("編集"));
-    ASSERT_NE(edit, nullptr);
-    for (int command : {cmd::Cut, cmd::Copy, cmd::Paste, cmd::Delete})
-        EXPECT_TRUE(Enabled(edit->children, command)) << command;
-    // Single selection: no "すべて選択" and no separator left at the end of the submenu.
-    EXPECT_FALSE(Has(menu, cmd::SelectAll));
-    EXPECT_FALSE(edit->children.back().isSeparator());
-    EXPECT_FALSE(Has(menu, cmd::MultiSelect));
-    EXPECT_TRUE(Enabled(menu, cmd::Properties));
-    EXPECT_TRUE(Checked(menu, cmd::ShowFolders));
-    EXPECT_TRUE(Has(menu, cmd::Ok));
-    EXPECT_TRUE(Has(menu, cmd::Cancel));
-}
-
-TEST(FilePopupMenu, GraysPasteForAnEmptyClipboardOrACutFromHere) {
-    FilePopupState state = OneFileSelected();
-    EXPECT_FALSE(Enabled(FilePopupMenu(state), cmd::Paste));
-
-    state.clipboardEmpty = false;
-    state.clipboardCutFromHere = true;
-    EXPECT_FALSE(Enabled(FilePopupMenu(state), cmd::Paste));
-
-    state.clipboardCutFromHere = false;
-    EXPECT_TRUE(Enabled(FilePopupMenu(state), cmd::Paste));
-}
-
-TEST(FilePopupMenu, GraysTheEditCommandsForTheParentRowAlone) {
-    FilePopupState state = OneFileSelected();
-    state.onlyParentSelected = true;
-    state.clipboardEmpty = false;
-    const Menu menu = FilePopupMenu(state);
-    for (int command : {cmd::Cut, cmd::Copy, cmd::Delete})
-        EXPECT_FALSE(Enabled(menu, command)) << command;
-    EXPECT_TRUE(Enabled(menu, cmd::Paste));
-}
-
-TEST(FilePopupMenu, WithoutASelectionOffersOnlyPaste) {
-    FilePopupState state;
-    state.clipboardEmpty = false;
-    state.singleSelectionOnly = false;
-    const Menu menu = FilePopupMenu(state);
-
-    EXPECT_EQ(Submenu(menu, QStringLiteral("編集")), nullptr);
-    ASSERT_GT(menu.size(), 3u);
-    EXPECT_EQ(menu[2].command, cmd::Paste);
-    EXPECT_EQ(menu[2].text, QStringLiteral("貼り付け"));
-    EXPECT_TRUE(menu[2].enabled);
-    EXPECT_EQ(menu[3].command, cmd::SelectAll);
-    EXPECT_FALSE(Has(menu, cmd::Cut));
-    EXPECT_FALSE(Enabled(menu, cmd::Properties));
-
-    state.clipboardEmpty = true;
-    state.singleSelectionOnly = true;
-    const Menu single = FilePopupMenu(state);
-    EXPECT_FALSE(Enabled(single, cmd::Paste));
-    EXPECT_FALSE(Has(single, cmd::SelectAll));
-}
-
-TEST(FilePopupMenu, WithoutFileOperationsOffersOnlyDelete) {
-    FilePopupState state = OneFileSelected();
-    state.fileOperations = false;
-    state.singleSelectionOnly = false;
-    Menu menu = FilePopupMenu(state);
-    EXPECT_EQ(menu[2].command, cmd::Delete);
-    EXPECT_EQ(menu[2].text, QStringLiteral("削除"));
-    EXPECT_TRUE(menu[2].enabled);
-    EXPECT_EQ(menu[3].command, cmd::SelectAll);
-    EXPECT_FALSE(Has(menu, cmd::Paste));
-
-    state.onlyParentSelected = true;
-    EXPECT_FALSE(Enabled(FilePopupMenu(state), cmd::Delete));
-}
-
-TEST(FilePopupMenu, MultiSelectModeRelabelsItsItemAndGraysNavigation) {
-    FilePopupState state = OneFileSelected();
-    state.singleSelectionOnly = false;
-    state.multiSelectMode = true;
-    const Menu menu = FilePopupMenu(state);
-
-    const MenuItem* multi = FindCommand(menu, cmd::MultiSelect);
-    ASSERT_NE(multi, nullptr);
-    EXPECT_EQ(multi->text, QStringLiteral("選択終了"));
-    EXPECT_TRUE(multi->checked);
-    for (int command : {cmd::ShowFolders, cmd::ParentFolder, cmd::Refresh, cmd::Properties})
-        EXPECT_FALSE(Enabled(menu, command)) << command;
-    EXPECT_TRUE(Has(menu, cmd::SelectAll));
-
-    state.multiSelectMode = false;
-    EXPECT_EQ(FindCommand(FilePopupMenu(state), cmd::MultiSelect)->text,
-              QStringLiteral("複数選択開始"));
-}
-
-TEST(FilePopupMenu, OffersTheLnkFileOnlyForOneShortcutOutsideMultiSelect) {
-    FilePopupState state = OneFileSelected();
-    state.onlyShortcutSelected = true;
-    EXPECT_TRUE(Has(FilePopupMenu(state), cmd::SelectLnk));
-
-    for (auto change : {+[](FilePopupState& s) { s.offerSelectLnk = false; },
-                        +[](FilePopupState& s) { s.resolveShortcuts = false; },
-                        +[](FilePopupState& s) { s.onlyShortcutSelected = false; },
-                        +[](FilePopupState& s) { s.selectedCount = 2; },
-                        +[](FilePopupState& s) {
-                            s.singleSelectionOnly = false;
-                            s.multiSelectMode = true;
-                        }}) {
-        FilePopupState changed = state;
-        change(changed);
-        EXPECT_FALSE(Has(FilePopupMenu(changed), cmd::SelectLnk));
+// Every level of a menu: no separator at the end, no command twice, and every item that is not a
+// separator has a label. (A menu shows no separator at the top or two together.)
+void ExpectWellFormed(const Menu& menu, std::set<int>& seen) {
+    ASSERT_FALSE(menu.empty());
+    EXPECT_FALSE(menu.back().isSeparator());
+    for (std::size_t i = 0; i < menu.size(); ++i) {
+        const MenuItem& item = menu[i];
+        if (item.isSeparator())
+            continue;
+        EXPECT_FALSE(item.text.isEmpty()) << item.command;
+        if (item.command != 0) {
+            EXPECT_TRUE(seen.insert(item.command).second) << item.command << " twice";
+        }
+        if (!item.children.empty())
+            ExpectWellFormed(item.children, seen);
     }
 }
 
-TEST(FilePopupMenu, ChecksSortAndStyleAndDropsParentAtRoot) {
-    FilePopupState state = OneFileSelected();
-    state.sortKey = MakeSortKey(sort_column::Time, true);
-    state.listStyle = list_style::List;
-    state.atRoot = true;
-    state.options = 0;
-    const Menu menu = FilePopupMenu(state);
-
-    EXPECT_TRUE(Checked(menu, cmd::SortByName + sort_column::Time));
-    EXPECT_FALSE(Checked(menu, cmd::SortByName));
-    EXPECT_TRUE(Checked(menu, cmd::StyleList));
-    EXPECT_FALSE(Checked(menu, cmd::StyleDetails));
-    EXPECT_FALSE(Checked(menu, cmd::ShowFolders));
-    EXPECT_FALSE(Has(menu, cmd::ParentFolder));
-    ASSERT_NE(Submenu(menu, QStringLiteral("ソート")), nullptr);
-    ASSERT_NE(Submenu(menu, QStringLiteral("リストのスタイル")), nullptr);
+// Every consistent state the "File" menu can open in: one row at most when only single selection
+// is allowed, multi-select mode only where it is allowed, the "only ..." flags for one row.
+std::vector<FilePopupState> EveryState() {
+    std::vector<FilePopupState> states;
+    for (unsigned bits = 0; bits < (1u << 10); ++bits) {
+        for (int selected = 0; selected <= 2; ++selected) {
+            FilePopupState state;
+            state.fileOperations = bits & 1;
+            state.singleSelectionOnly = bits & 2;
+            state.multiSelectMode = (bits & 4) && !state.singleSelectionOnly;
+            state.selectedCount = state.singleSelectionOnly ? std::min(selected, 1) : selected;
+            state.onlyParentSelected = (bits & 8) && state.selectedCount == 1;
+            state.onlyShortcutSelected =
+                (bits & 16) && state.selectedCount == 1 && !state.onlyParentSelected;
+            state.offerSelectLnk = bits & 32;
+            state.resolveShortcuts = bits & 64;
+            state.clipboardEmpty = bits & 128;
+            state.clipboardCutFromHere = (bits & 256) && !state.clipboardEmpty;
+            state.atRoot = bits & 512;
+            state.options = (selected == 2 ? list_option::ShowFolders : 0) |
+                            (bits % 3 == 0 ? list_option::NoOkCancelInMenu : 0);
+            state.sortKey = MakeSortKey(int(bits % 4), bits & 1);
+            state.listStyle = 1 + int(bits % 3);
+            states.push_back(state);
+        }
+    }
+    return states;
 }
 
-TEST(FilePopupMenu, OptionDropsOkCancelAndTheirSeparator) {
-    FilePopupState state = OneFileSelected();
-    state.options |= list_option::NoOkCancelInMenu;
-    const Menu menu = FilePopupMenu(state);
-    EXPECT_FALSE(Has(menu, cmd::Ok));
-    EXPECT_FALSE(Has(menu, cmd::Cancel));
-    EXPECT_EQ(menu.back().command, cmd::Refresh);
+TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
+    const int sortCommands[] = {cmd::SortByName, cmd::SortByName + 1, cmd::SortByName + 2,
+                                cmd::SortByType};
+    const int styleCommands[] = {cmd::StyleDetails, cmd::StyleIcons, cmd::StyleList};
+    for (const FilePopupState& s : EveryState()) {
+        const Menu menu = FilePopupMenu(s);
+        SCOPED_TRACE(::testing::Message()
+                     << "operations " << s.fileOperations << ", single " << s.singleSelectionOnly
+                     << ", multi " << s.multiSelectMode << ", selected " << s.selectedCount
+                     << ", parent " << s.onlyParentSelected << ", shortcut "
+                     << s.onlyShortcutSelected << ", clipboard empty " << s.clipboardEmpty
+                     << ", cut here " << s.clipboardCutFromHere << ", root " << s.atRoot);
+        std::set<int> seen;
+        ExpectWellFormed(menu, seen);
+        // Each command: whether it is there, and whether it may be chosen.
+        const bool editable = s.fileOperations && s.selectedCount > 0;
+        const bool okCancel = !(s.options & list_option::NoOkCancelInMenu);
+        const bool single = s.singleSelectionOnly;
+        const std::tuple<int, bool, bool> rules[] = {
+            {cmd::ParentFolder, !s.atRoot, !s.multiSelectMode},
+            {cmd::Cut, editable, !s.onlyParentSelected},
+            {cmd::Copy, editable, !s.onlyParentSelected},
+            {cmd::Paste, s.fileOperations, !s.clipboardEmpty && !s.clipboardCutFromHere},
+            {cmd::Delete, !s.fileOperations || s.selectedCount > 0, !s.onlyParentSelected},
+            {cmd::SelectAll, !single, true},
+            {cmd::MultiSelect, !single, true},
+            {cmd::SelectLnk,
+             s.offerSelectLnk && s.resolveShortcuts && !s.multiSelectMode && s.selectedCount == 1 &&
+                 s.onlyShortcutSelected,
+             true},
+            {cmd::Properties, true, s.selectedCount == 1 && !s.multiSelectMode},
+            {cmd::ShowFolders, true, !s.multiSelectMode},
+            {cmd::Refresh, true, !s.multiSelectMode},
+            {cmd::Ok, okCancel, true},
+            {cmd::Cancel, okCancel, true},
+        };
+        for (const auto& [command, present, enabled] : rules) {
+            const MenuItem* item = Find(menu, command);
+            ASSERT_EQ(item != nullptr, present) << command;
+            if (item != nullptr) {
+                EXPECT_EQ(item->enabled, enabled) << command;
+            }
+        }
+        // Exactly the current sort column and list style are checked, and the folders item
+        // when they are shown.
+        for (int column = 0; column < 4; ++column)
+            EXPECT_EQ(Find(menu, sortCommands[column])->checked, column == SortColumnOf(s.sortKey));
+        for (int style = 1; style <= 3; ++style)
+            EXPECT_EQ(Find(menu, styleCommands[style - 1])->checked, style == s.listStyle);
+        EXPECT_EQ(Find(menu, cmd::ShowFolders)->checked,
+                  (s.options & list_option::ShowFolders) != 0);
+        if (const MenuItem* multi = Find(menu, cmd::MultiSelect)) {
+            EXPECT_EQ(multi->checked, s.multiSelectMode);
+            FilePopupState other = s;
+            other.multiSelectMode = !s.multiSelectMode;
+            EXPECT_NE(multi->text, Find(FilePopupMenu(other), cmd::MultiSelect)->text);
+        }
+    }
 }
 
 TEST(FolderPopupMenu, GraysDeleteAndRenameOnTheRootOnly) {
-    for (int command : {cmd::FolderDelete, cmd::FolderRename}) {
-        EXPECT_FALSE(Enabled(FolderPopupMenu(true), command)) << command;
-        EXPECT_TRUE(Enabled(FolderPopupMenu(false), command)) << command;
+    for (const bool root : {false, true}) {
+        const Menu menu = FolderPopupMenu(root);
+        std::set<int> seen;
+        ExpectWellFormed(menu, seen);
+        for (const int command : seen) {
+            const bool renamesOrDeletes =
+                command == cmd::FolderDelete || command == cmd::FolderRename;
+            EXPECT_EQ(Find(menu, command)->enabled, !(root && renamesOrDeletes)) << command;
+        }
+        EXPECT_TRUE(seen.count(cmd::FolderDelete) && seen.count(cmd::FolderRename));
     }
-    for (int command :
-         {cmd::NewFolder, cmd::FolderProperties, cmd::FolderRefresh, cmd::Ok, cmd::Cancel})
-        EXPECT_TRUE(Enabled(FolderPopupMenu(true), command)) << command;
 }
 
 TEST(TextBoxPopupMenu, FollowsTheSelectionAndTheClipboard) {
-    const Menu empty = TextBoxPopupMenu(false, false);
-    EXPECT_FALSE(Enabled(empty, cmd::TextCut));
-    EXPECT_FALSE(Enabled(empty, cmd::TextCopy));
-    EXPECT_FALSE(Enabled(empty, cmd::TextPaste));
-    const Menu full = TextBoxPopupMenu(true, true);
-    for (int command : {cmd::TextCut, cmd::TextCopy, cmd::TextPaste, cmd::Ok, cmd::Cancel})
-        EXPECT_TRUE(Enabled(full, command)) << command;
+    for (const bool selection : {false, true}) {
+        for (const bool clipboard : {false, true}) {
+            const Menu menu = TextBoxPopupMenu(selection, clipboard);
+            std::set<int> seen;
+            ExpectWellFormed(menu, seen);
+            EXPECT_EQ(Find(menu, cmd::TextCut)->enabled, selection);
+            EXPECT_EQ(Find(menu, cmd::TextCopy)->enabled, selection);
+            EXPECT_EQ(Find(menu, cmd::TextPaste)->enabled, clipboard);
+            EXPECT_TRUE(Find(menu, cmd::Ok)->enabled && Find(menu, cmd::Cancel)->enabled);
+        }
+    }
 }
 
 } // namespace

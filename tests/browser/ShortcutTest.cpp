@@ -2,6 +2,9 @@
 
 #include "support/ScratchFolder.h"
 
+#include <QElapsedTimer>
+#include <fcntl.h>
+#include <future>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -10,36 +13,31 @@ namespace {
 
 using testing::ScratchFolder;
 
-TEST(ShortcutText, TakesTheTextAfterTheHashUpToTheFirstLineEnd) {
-    EXPECT_EQ(ParseShortcutText("13#\"\\My Documents\\a.txt\"\r\nrest"),
-              QStringLiteral("\\My Documents\\a.txt"));
-    EXPECT_EQ(ParseShortcutText("9#\\a.txt\r\n7#\\b.txt"), QStringLiteral("\\a.txt"));
-    // The count is never checked; only the first "#" separates.
-    EXPECT_EQ(ParseShortcutText("x#\\a#b.txt"), QStringLiteral("\\a#b.txt"));
-    // A lone LF or CR does not end the text.
-    EXPECT_EQ(ParseShortcutText("1#\\a\nb"), QStringLiteral("\\a\nb"));
-}
-
-TEST(ShortcutText, DropsQuotesOnlyInPairs) {
-    EXPECT_EQ(ParseShortcutText("1#\"\\a.txt"), QStringLiteral("\"\\a.txt"));
-    EXPECT_EQ(ParseShortcutText("1#\\a.txt\""), QStringLiteral("\\a.txt\""));
-    EXPECT_EQ(ParseShortcutText("1#\""), QStringLiteral("\""));
-    EXPECT_EQ(ParseShortcutText("1#\"\""), QString());
-}
-
-TEST(ShortcutText, HasNoTargetWithoutAHash) {
-    EXPECT_EQ(ParseShortcutText(""), QString());
-    EXPECT_EQ(ParseShortcutText("\\a.txt"), QString());
-    EXPECT_EQ(ParseShortcutText("1"), QString());
-    // The text ends at a NUL, so a "#" behind one is never seen.
-    EXPECT_EQ(ParseShortcutText(QByteArrayView("1\0#\\a.txt", 9)), QString());
-    EXPECT_EQ(ParseShortcutText("1\r\n#\\a.txt"), QString());
-}
-
-TEST(ShortcutText, DecodesTheCodePage) {
-    // "テスト" in CP932.
-    EXPECT_EQ(ParseShortcutText("5#\\\x83\x65\x83\x58\x83\x67.txt\r\n"),
-              QStringLiteral("\\テスト.txt"));
+TEST(ShortcutText, TakesTheTextAfterTheFirstHashUpToCrLfDroppingOnePairOfQuotes) {
+    const std::pair<QByteArrayView, const char16_t*> rows[] = {
+        {"13#\"\\My Documents\\a.txt\"\r\nrest", u"\\My Documents\\a.txt"},
+        {"9#\\a.txt\r\n7#\\b.txt", u"\\a.txt"},
+        // The count is never checked; only the first "#" separates.
+        {"x#\\a#b.txt", u"\\a#b.txt"},
+        // A lone LF or CR does not end the text.
+        {"1#\\a\nb", u"\\a\nb"},
+        // Quotes go only in pairs.
+        {"1#\"\\a.txt", u"\"\\a.txt"},
+        {"1#\\a.txt\"", u"\\a.txt\""},
+        {"1#\"", u"\""},
+        {"1#\"\"", u""},
+        // No "#", no target; the text ends at a NUL, so a "#" behind one is never seen.
+        {"", u""},
+        {"\\a.txt", u""},
+        {"1", u""},
+        {QByteArrayView("1\0#\\a.txt", 9), u""},
+        {"1\r\n#\\a.txt", u""},
+        // The code page: "テスト" in CP932.
+        {"5#\\\x83\x65\x83\x58\x83\x67.txt\r\n", u"\\テスト.txt"},
+    };
+    for (const auto& [bytes, text] : rows)
+        EXPECT_EQ(ParseShortcutText(bytes), QString::fromUtf16(text))
+            << bytes.toByteArray().toStdString();
 }
 
 TEST(ShortcutText, TakesAnyBytes) {
@@ -53,103 +51,84 @@ TEST(ShortcutText, TakesAnyBytes) {
     }
 }
 
-TEST(ShortcutCandidates, ReadBackslashesAsSlashesAndWindowsAsUsrBin) {
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("\\My Documents\\a.txt")),
-              QStringList{QStringLiteral("/My Documents/a.txt")});
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("\\Windows\\calc.exe")),
-              QStringList{QStringLiteral("/usr/bin/calc.exe")});
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("\\WINDOWS\\notes.txt")),
-              QStringList{QStringLiteral("/usr/bin/notes.txt")});
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("/home/a.txt")),
-              QStringList{QStringLiteral("/home/a.txt")});
+// Backslashes read as slashes, the Windows folder as /usr/bin, and a bare name only for a program.
+TEST(ShortcutCandidates, MapTheTextToPathsToTry) {
+    const std::pair<const char16_t*, QStringList> rows[] = {
+        {u"\\My Documents\\a.txt", {"/My Documents/a.txt"}},
+        {u"\\Windows\\calc.exe", {"/usr/bin/calc.exe"}},
+        {u"\\WINDOWS\\notes.txt", {"/usr/bin/notes.txt"}},
+        {u"/home/a.txt", {"/home/a.txt"}},
+        {u"calc.exe", {"/usr/bin/calc.exe", "/calc.exe"}},
+        {u"tools\\Calc.EXE", {"/usr/bin/tools/Calc.EXE", "/tools/Calc.EXE"}},
+        {u"notes.txt", {}},
+        {u"calc", {}},
+        {u"", {}},
+    };
+    for (const auto& [text, candidates] : rows)
+        EXPECT_EQ(ShortcutCandidates(QString::fromUtf16(text)), candidates)
+            << QString::fromUtf16(text).toStdString();
 }
 
-TEST(ShortcutCandidates, FollowABareNameOnlyForAProgram) {
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("calc.exe")),
-              (QStringList{QStringLiteral("/usr/bin/calc.exe"), QStringLiteral("/calc.exe")}));
-    EXPECT_EQ(ShortcutCandidates(QStringLiteral("tools\\Calc.EXE")),
-              (QStringList{QStringLiteral("/usr/bin/tools/Calc.EXE"),
-                           QStringLiteral("/tools/Calc.EXE")}));
-    EXPECT_TRUE(ShortcutCandidates(QStringLiteral("notes.txt")).isEmpty());
-    EXPECT_TRUE(ShortcutCandidates(QStringLiteral("calc")).isEmpty());
-    EXPECT_TRUE(ShortcutCandidates(QString()).isEmpty());
-}
+TEST(ResolveShortcut, LeadsToAnExistingFileOrFolderThroughALnkFileOrALink) {
+    ScratchFolder folder;
+    folder.write("a.txt");
+    folder.makeFolder("sub");
+    folder.write("file.LNK", folder.lnkTo("a.txt"));
+    folder.write("folder.lnk", folder.lnkTo("sub"));
+    folder.link("to-file", "a.txt");
+    folder.link("to-folder", folder.path("sub"));
+    // Neither a .lnk file without a target nor a link to nothing leads anywhere, and only a
+    // regular file named ".lnk" (in any case) is read.
+    folder.write("gone.lnk", folder.lnkTo("gone"));
+    folder.write("bare.lnk", "4#notes.txt\r\n");
+    folder.write("empty.lnk");
+    folder.makeFolder("dir.lnk");
+    folder.write("x.txt", folder.lnkTo("a.txt"));
+    folder.write("lnk", folder.lnkTo("a.txt"));
+    folder.link("broken.lnk", "nowhere");
 
-class ResolveShortcutTest : public ::testing::Test {
-protected:
-    QByteArray lnkTo(const QString& target) const {
-        return QByteArray::number(target.size()) + "#\"" + target.toUtf8() + "\"\r\n";
+    const std::tuple<const char*, const char*, bool> leading[] = {
+        {"file.LNK", "a.txt", false},
+        {"folder.lnk", "sub", true},
+        {"to-file", "a.txt", false},
+        {"to-folder", "sub", true},
+    };
+    for (const auto& [shortcut, target, isFolder] : leading) {
+        const auto resolved = ResolveShortcut(folder.path(shortcut));
+        ASSERT_TRUE(resolved) << shortcut;
+        EXPECT_EQ(resolved->path, folder.path(target)) << shortcut;
+        EXPECT_EQ(resolved->isFolder, isFolder) << shortcut;
     }
-
-    ScratchFolder folder_;
-};
-
-TEST_F(ResolveShortcutTest, LeadsToAnExistingFileOrFolder) {
-    folder_.write(QStringLiteral("a.txt"));
-    folder_.makeFolder(QStringLiteral("sub"));
-    folder_.write(QStringLiteral("file.lnk"), lnkTo(folder_.path(QStringLiteral("a.txt"))));
-    folder_.write(QStringLiteral("folder.lnk"), lnkTo(folder_.path(QStringLiteral("sub"))));
-
-    const auto file = ResolveShortcut(folder_.path(QStringLiteral("file.lnk")));
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->path, folder_.path(QStringLiteral("a.txt")));
-    EXPECT_FALSE(file->isFolder);
-    const auto folder = ResolveShortcut(folder_.path(QStringLiteral("folder.lnk")));
-    ASSERT_TRUE(folder);
-    EXPECT_TRUE(folder->isFolder);
+    for (const char* shortcut : {"gone.lnk", "bare.lnk", "empty.lnk", "dir.lnk", "x.txt", "lnk",
+                                 "broken.lnk", "missing.lnk"})
+        EXPECT_FALSE(ResolveShortcut(folder.path(shortcut))) << shortcut;
 }
 
-TEST_F(ResolveShortcutTest, NeedsTheLnkExtensionInAnyCase) {
-    folder_.write(QStringLiteral("a.txt"));
-    const QByteArray text = lnkTo(folder_.path(QStringLiteral("a.txt")));
-    folder_.write(QStringLiteral("X.LNK"), text);
-    folder_.write(QStringLiteral("x.txt"), text);
-    folder_.write(QStringLiteral("lnk"), text);
-
-    EXPECT_TRUE(ResolveShortcut(folder_.path(QStringLiteral("X.LNK"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("x.txt"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("lnk"))));
+// Opening a named pipe for reading waits for a writer that never comes; the list must not hang
+// on one that happens to be named like a shortcut.
+TEST(ResolveShortcut, NeverOpensANamedPipe) {
+    ScratchFolder folder;
+    const QByteArray pipe = QFile::encodeName(folder.path("x.lnk"));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    auto resolved =
+        std::async(std::launch::async, [&folder] { return ResolveShortcut(folder.path("x.lnk")); });
+    if (resolved.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        // Let the blocked reader go with an end of file before failing.
+        const int writer = ::open(pipe.constData(), O_WRONLY | O_NONBLOCK);
+        ::close(writer);
+        resolved.wait();
+        FAIL() << "the pipe was opened";
+    }
+    EXPECT_FALSE(resolved.get());
 }
 
-TEST_F(ResolveShortcutTest, FailsForMissingTargetsAndUnreadableFiles) {
-    folder_.write(QStringLiteral("gone.lnk"), lnkTo(folder_.path(QStringLiteral("gone"))));
-    folder_.write(QStringLiteral("bare.lnk"), "4#notes.txt\r\n");
-    folder_.write(QStringLiteral("empty.lnk"));
-    folder_.makeFolder(QStringLiteral("dir.lnk"));
-
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("gone.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("bare.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("empty.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("dir.lnk"))));
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("missing.lnk"))));
-}
-
-TEST_F(ResolveShortcutTest, TheListReadsLessThanTheDialog) {
-    folder_.makeFolder(QString(200, u'd'));
-    const QString target = folder_.path(QString(200, u'd'));
-    folder_.write(QStringLiteral("long.lnk"),
-                  QByteArray(600 - target.size(), '0') + "#" + target.toUtf8() + "\r\n");
-    const QString shortcut = folder_.path(QStringLiteral("long.lnk"));
-
-    EXPECT_TRUE(ResolveShortcut(shortcut, kShortcutReadLimit));
-    EXPECT_FALSE(ResolveShortcut(shortcut, kListShortcutReadLimit));
-}
-
-TEST_F(ResolveShortcutTest, FollowsSymbolicLinksWhateverTheirName) {
-    folder_.write(QStringLiteral("a.txt"));
-    folder_.makeFolder(QStringLiteral("sub"));
-    folder_.link(QStringLiteral("to-file"), QStringLiteral("a.txt"));
-    folder_.link(QStringLiteral("to-folder"), folder_.path(QStringLiteral("sub")));
-    folder_.link(QStringLiteral("broken.lnk"), QStringLiteral("nowhere"));
-
-    const auto file = ResolveShortcut(folder_.path(QStringLiteral("to-file")));
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->path, folder_.path(QStringLiteral("a.txt")));
-    EXPECT_FALSE(file->isFolder);
-    const auto folder = ResolveShortcut(folder_.path(QStringLiteral("to-folder")));
-    ASSERT_TRUE(folder);
-    EXPECT_TRUE(folder->isFolder);
-    EXPECT_FALSE(ResolveShortcut(folder_.path(QStringLiteral("broken.lnk"))));
+TEST(ResolveShortcut, TheListReadsLessThanTheDialog) {
+    ScratchFolder folder;
+    folder.makeFolder(QString(200, u'd'));
+    const QString target = folder.path(QString(200, u'd'));
+    folder.write("long.lnk", QByteArray(600 - target.size(), '0') + "#" + target.toUtf8() + "\r\n");
+    EXPECT_TRUE(ResolveShortcut(folder.path("long.lnk"), kShortcutReadLimit));
+    EXPECT_FALSE(ResolveShortcut(folder.path("long.lnk"), kListShortcutReadLimit));
 }
 
 } // namespace
