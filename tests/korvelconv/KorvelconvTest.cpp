@@ -479,6 +479,29 @@ TEST_F(KorvelconvTest, InterruptedWriteLeavesAWholeOutputAndNoOtherFile) {
     }
 }
 
+// 32 MiB of text read whole fits; its UTF-16 form does not: the conversion, not the read,
+// runs out, and says so in the editor's words.
+void LimitAddressSpace() {
+    const rlimit limit{80u << 20, 80u << 20};
+    ::setrlimit(RLIMIT_AS, &limit);
+}
+
+TEST_F(KorvelconvTest, AConversionThatRunsOutOfMemorySaysSoAndWritesNothing) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's allocator does not survive an address-space limit";
+#endif
+    std::string text;
+    for (int i = 0; i < (1 << 22); ++i) {
+        text += "abcdefgh";
+    }
+    const std::string input = Write("in.txt", text);
+    const RunResult result = Run({"--to", "unicode", "-o", Path("out.txt").string(), input},
+                                 std::nullopt, LimitAddressSpace);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "korvelconv: メモリー不足が発生しました。\n");
+    EXPECT_EQ(WorkFolderNames(), std::vector<std::string>{"in.txt"});
+}
+
 TEST_F(KorvelconvTest, HelpGoesToStandardOutput) {
     const RunResult result = Run({"--help"});
     EXPECT_EQ(result.exitCode, 0);
