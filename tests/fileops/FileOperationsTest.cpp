@@ -21,7 +21,7 @@ TEST(DeleteEntriesTest, AsksOnceThenDeletesFromTheLastRow) {
         ScriptedMessageService messages{Answer::No};
         EXPECT_EQ(DeleteEntries(scratch.path(), {"a.txt"}, nullptr).status, Status::Skipped);
         const ShownMessage& question = messages.shown().at(0);
-        EXPECT_EQ(question.text, "選択されているファイル・フォルダを削除します。\nよろしですか？");
+        EXPECT_EQ(question.text, TextOf(msg::kDeleteSelection));
         EXPECT_EQ(question.buttons, MessageButtons::YesNo);
         EXPECT_EQ(question.icon, MessageIcon::Question);
         EXPECT_EQ(question.defaultButton, Answer::No);
