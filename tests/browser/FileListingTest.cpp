@@ -236,33 +236,21 @@ TEST_F(FileListingTest, UnreadableFolderStillShowsTheParentRow) {
     EXPECT_EQ(Names(listing_), QStringList{".."});
 }
 
-TEST_F(FileListingTest, ExtensionFilterMatchesTheLastDotInAnyCase) {
-    folder_.write(QStringLiteral("a.txt"));
-    folder_.write(QStringLiteral("b.TXT"));
-    folder_.write(QStringLiteral("c.txt.bak"));
-    folder_.write(QStringLiteral("d.ini"));
-    folder_.write(QStringLiteral("txt"));
-    listing_.setOptions(0);
-
+// The type's filter matches the last extension in any case; a pattern replaces it for files and
+// lists every folder.
+TEST_F(FileListingTest, ExtensionFilterAndPatternChooseTheFiles) {
+    for (const char* name : {"a.txt", "b.TXT", "c.txt.bak", "d.ini", "txt", "E.INI"})
+        folder_.write(QString::fromUtf8(name));
+    folder_.makeFolder("sub");
     listing_.setExtensionFilter({QStringLiteral(".txt")});
     listing_.refresh();
-    EXPECT_EQ(Names(listing_), (QStringList{"a.txt", "b.TXT"}));
-
+    EXPECT_EQ(Names(listing_), (QStringList{"..", "sub", "a.txt", "b.TXT"}));
+    EXPECT_EQ(listing_.refreshPattern(QStringLiteral("*.ini")), FileOpStatus::Done);
+    EXPECT_EQ(Names(listing_), (QStringList{"..", "sub", "d.ini", "E.INI"}));
+    EXPECT_EQ(listing_.refreshPattern(QStringLiteral("  ")), FileOpStatus::Failed);
     listing_.setExtensionFilter({});
     listing_.refresh();
-    EXPECT_EQ(Names(listing_).size(), 5);
-}
-
-TEST_F(FileListingTest, PatternListsMatchingFilesAndEveryFolder) {
-    folder_.write(QStringLiteral("a.ini"));
-    folder_.write(QStringLiteral("B.INI"));
-    folder_.write(QStringLiteral("c.txt"));
-    folder_.makeFolder(QStringLiteral("sub"));
-    listing_.setExtensionFilter({QStringLiteral(".txt")});
-
-    EXPECT_EQ(listing_.refreshPattern(QStringLiteral("*.ini")), FileOpStatus::Done);
-    EXPECT_EQ(Names(listing_), (QStringList{"..", "sub", "a.ini", "B.INI"}));
-    EXPECT_EQ(listing_.refreshPattern(QStringLiteral("  ")), FileOpStatus::Failed);
+    EXPECT_EQ(Names(listing_).size(), 8);
 }
 
 TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
@@ -288,60 +276,42 @@ TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
     EXPECT_EQ(listing_.indexOf(u"Docs.lnk"), -1);
 }
 
-TEST_F(FileListingTest, ShortcutToAFileTakesTheTargetsIconWithTheMark) {
-    folder_.write(QStringLiteral("photo.png"));
-    folder_.write(QStringLiteral("noext"));
-    folder_.write(QStringLiteral("pic.lnk"), folder_.lnkTo(QStringLiteral("photo.png")));
-    folder_.write(QStringLiteral("bare.lnk"), folder_.lnkTo(QStringLiteral("noext")));
-    folder_.write(QStringLiteral("broken.lnk"), folder_.lnkTo(QStringLiteral("gone.png")));
-    folder_.link(QStringLiteral("page.htm"), folder_.path(QStringLiteral("photo.png")));
-    listing_.refresh();
-
-    EXPECT_EQ(RowNamed(listing_, "pic.lnk").icon, file_icon::Image + file_icon::ShortcutMark);
-    EXPECT_EQ(RowNamed(listing_, "pic.lnk").displayName, QStringLiteral("pic"));
-    EXPECT_EQ(RowNamed(listing_, "bare.lnk").icon, file_icon::Generic);
-    // An unresolved shortcut is kept, under its own name, with the generic icon.
-    EXPECT_EQ(RowNamed(listing_, "broken.lnk").icon, file_icon::Generic);
-    EXPECT_EQ(RowNamed(listing_, "broken.lnk").displayName, QStringLiteral("broken.lnk"));
-    EXPECT_TRUE(RowNamed(listing_, "broken.lnk").shortcut);
-    // A link's icon comes from its target, not its own name.
-    EXPECT_EQ(RowNamed(listing_, "page.htm").icon, file_icon::Image + file_icon::ShortcutMark);
-    EXPECT_EQ(RowNamed(listing_, "page.htm").displayName, QStringLiteral("page.htm"));
-}
-
-TEST_F(FileListingTest, WithoutShortcutResolutionALnkIsAPlainFile) {
-    folder_.makeFolder(QStringLiteral("target"));
-    folder_.write(QStringLiteral("Docs.lnk"), folder_.lnkTo(QStringLiteral("target")));
-    listing_.setResolveShortcuts(false);
-    listing_.refresh();
-
-    const FileRow& row = RowNamed(listing_, QStringLiteral("Docs.lnk"));
-    EXPECT_FALSE(row.shortcut);
-    EXPECT_FALSE(row.target);
-    EXPECT_EQ(row.displayName, QStringLiteral("Docs.lnk"));
-    EXPECT_EQ(row.icon, file_icon::Generic);
-}
-
-TEST_F(FileListingTest, IconAndNameOptions) {
-    folder_.write(QStringLiteral("memo.txt"));
-    folder_.write(QStringLiteral("page.HTM"));
-    folder_.write(QStringLiteral("tool.exe"));
-    folder_.write(QStringLiteral("archive.tar.gz"));
-    folder_.write(QStringLiteral("Makefile"));
-    listing_.setOptions(0);
-    listing_.refresh();
-    EXPECT_EQ(RowNamed(listing_, "memo.txt").icon, file_icon::Text);
-    EXPECT_EQ(RowNamed(listing_, "page.HTM").icon, file_icon::Html);
-    EXPECT_EQ(RowNamed(listing_, "tool.exe").icon, file_icon::Program);
-    EXPECT_EQ(RowNamed(listing_, "archive.tar.gz").icon, file_icon::Generic);
-    EXPECT_EQ(RowNamed(listing_, "Makefile").icon, file_icon::Generic);
-
-    listing_.setOptions(list_option::PlainIcons | list_option::HideExtensions);
-    listing_.refresh();
-    EXPECT_EQ(RowNamed(listing_, "memo.txt").icon, file_icon::Generic);
-    EXPECT_EQ(RowNamed(listing_, "memo.txt").displayName, QStringLiteral("memo"));
-    EXPECT_EQ(RowNamed(listing_, "archive.tar.gz").displayName, QStringLiteral("archive.tar"));
-    EXPECT_EQ(RowNamed(listing_, "Makefile").displayName, QStringLiteral("Makefile"));
+// Icons come from the extension (a shortcut's from its target's, with the mark), unless plain
+// icons are asked for; a resolved .lnk file drops its extension, an unresolved one keeps its name.
+TEST_F(FileListingTest, RowsTakeTheirIconAndNameFromTheOptions) {
+    for (const char* name :
+         {"memo.txt", "page.HTM", "tool.exe", "archive.tar.gz", "Makefile", "photo.png", "noext"})
+        folder_.write(QString::fromUtf8(name));
+    folder_.write("pic.lnk", folder_.lnkTo("photo.png"));
+    folder_.write("bare.lnk", folder_.lnkTo("noext"));
+    folder_.write("broken.lnk", folder_.lnkTo("gone.png"));
+    folder_.link("link.htm", folder_.path("photo.png"));
+    const std::uint32_t plain = list_option::PlainIcons | list_option::HideExtensions;
+    const int markedImage = file_icon::Image + file_icon::ShortcutMark;
+    const std::tuple<std::uint32_t, bool, const char*, int, const char*, bool> rows[] = {
+        {0, true, "memo.txt", file_icon::Text, "memo.txt", false},
+        {0, true, "page.HTM", file_icon::Html, "page.HTM", false},
+        {0, true, "tool.exe", file_icon::Program, "tool.exe", false},
+        {0, true, "archive.tar.gz", file_icon::Generic, "archive.tar.gz", false},
+        {0, true, "Makefile", file_icon::Generic, "Makefile", false},
+        {0, true, "pic.lnk", markedImage, "pic", true},
+        {0, true, "bare.lnk", file_icon::Generic, "bare", true},
+        {0, true, "broken.lnk", file_icon::Generic, "broken.lnk", true},
+        {0, true, "link.htm", markedImage, "link.htm", true},
+        {plain, true, "memo.txt", file_icon::Generic, "memo", false},
+        {plain, true, "archive.tar.gz", file_icon::Generic, "archive.tar", false},
+        {plain, true, "Makefile", file_icon::Generic, "Makefile", false},
+        {0, false, "pic.lnk", file_icon::Generic, "pic.lnk", false},
+    };
+    for (const auto& [options, resolve, name, icon, shown, shortcut] : rows) {
+        listing_.setOptions(options);
+        listing_.setResolveShortcuts(resolve);
+        listing_.refresh();
+        const FileRow& row = RowNamed(listing_, QString::fromUtf8(name));
+        EXPECT_EQ(row.icon, icon) << name << " " << options << resolve;
+        EXPECT_EQ(row.displayName, QString::fromUtf8(shown)) << name << " " << options << resolve;
+        EXPECT_EQ(row.shortcut, shortcut) << name << " " << options << resolve;
+    }
 }
 
 TEST_F(FileListingTest, EntriesCarryReadOnlySizeAndTime) {

@@ -118,6 +118,7 @@ TEST_F(FileClipboardTest, AnswersToAnExistingFileSteerTheRun) {
     {
         ScriptedMessageService messages{Answer::Cancel};
         EXPECT_EQ(paste(), Status::Cancelled);
+        ASSERT_EQ(messages.shown().size(), 1);
         const ShownMessage& question = messages.shown().at(0);
         EXPECT_EQ(question.buttons, MessageButtons::YesNoCancel);
         EXPECT_EQ(question.icon, MessageIcon::Question);
