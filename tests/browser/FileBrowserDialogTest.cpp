@@ -51,11 +51,11 @@ void DoubleTap(QWidget* widget, QPoint position) {
 class FileBrowserDialogTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_.makeFolder(QStringLiteral("sub"));
-        folder_.write(QStringLiteral("a.txt"), "a");
-        folder_.write(QStringLiteral("b.txt"), "b");
-        folder_.write(QStringLiteral("setup.ini"));
-        folder_.write(QStringLiteral("sub/inner.txt"));
+        folder_.makeFolder("sub");
+        folder_.write("a.txt", "a");
+        folder_.write("b.txt", "b");
+        folder_.write("setup.ini");
+        folder_.write("sub/inner.txt");
         request_.filter = *FindString(35045);
         request_.filterIndex = kAllFilesType;
         request_.folder = folder_.folder();
@@ -119,9 +119,9 @@ TEST_F(FileBrowserDialogTest, StartsInTheRequestedFolderListingItsType) {
 }
 
 TEST_F(FileBrowserDialogTest, AMissingFolderStartsAtTheDeepestExistingOne) {
-    request_.folder = folder_.path(QStringLiteral("sub/gone/deeper"));
+    request_.folder = folder_.path("sub/gone/deeper");
     open();
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path("sub/"));
     request_.folder = QStringLiteral("relative");
     open();
     EXPECT_EQ(dialog_->folderTree()->currentFolder(), QStringLiteral("/"));
@@ -148,8 +148,8 @@ TEST_F(FileBrowserDialogTest, APatternListsItsFilesAndLeavesTheDialogOpen) {
     EXPECT_FALSE(okWith(QStringLiteral("*.ini")));
     EXPECT_EQ(listed(), (QStringList{"..", "sub", "setup.ini"}));
 
-    EXPECT_FALSE(okWith(folder_.path(QStringLiteral("sub/inn*"))));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
+    EXPECT_FALSE(okWith(folder_.path("sub/inn*")));
+    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path("sub/"));
     EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("inn*"));
     EXPECT_EQ(listed(), (QStringList{"..", "inner.txt"}));
 }
@@ -169,21 +169,26 @@ TEST_F(FileBrowserDialogTest, ForbiddenCharactersAreRefusedAlsoOnEnter) {
     EXPECT_EQ(messages.shownIds(), QList<int>{30503});
 }
 
-TEST_F(FileBrowserDialogTest, ATypedFolderOpensInsteadOfClosing) {
-    folder_.write(QStringLiteral("to-sub.lnk"), folder_.lnkTo(QStringLiteral("sub")));
+// A folder typed (by name, "..", or a shortcut to it) or picked in the list opens instead.
+TEST_F(FileBrowserDialogTest, AFolderTypedOrPickedOpensInsteadOfClosing) {
+    folder_.write("to-sub.lnk", folder_.lnkTo("sub"));
     open();
-    EXPECT_FALSE(okWith(QStringLiteral("sub")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
-    EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
-
-    EXPECT_FALSE(okWith(QStringLiteral("..")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder());
-    EXPECT_FALSE(okWith(QStringLiteral("to-sub.lnk")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
+    for (const auto& [typed, opened] :
+         {std::pair{"sub", "sub/"}, {"..", ""}, {"to-sub.lnk", "sub/"}, {"..", ""}}) {
+        EXPECT_FALSE(okWith(QString::fromUtf8(typed)));
+        EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder() + opened) << typed;
+        EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
+    }
+    for (const auto& [picked, opened] : {std::pair{"sub", "sub/"}, {"..", ""}}) {
+        dialog_->fileList()->selectNames({QString::fromUtf8(picked)});
+        dialog_->ok();
+        EXPECT_NE(dialog_->result(), QDialog::Accepted);
+        EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder() + opened) << picked;
+    }
 }
 
 TEST_F(FileBrowserDialogTest, ATypedNameWithoutDotGetsTheTypesExtensionFirst) {
-    folder_.write(QStringLiteral("NOTES.TXT"));
+    folder_.write("NOTES.TXT");
     openForSaving(0, option::AppendTypeExtension);
     EXPECT_FALSE(okWith(QStringLiteral("memo")));
     EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("memo.txt"));
@@ -221,7 +226,7 @@ TEST_F(FileBrowserDialogTest, AnEmptyNameNeedsASelection) {
 TEST_F(FileBrowserDialogTest, AListPickInSaveModeClosesWithoutAQuestion) {
     openForSaving(flag::OverwritePrompt | flag::CreatePrompt);
     ScriptedMessageService messages;
-    dialog_->fileList()->selectNames({QStringLiteral("a.txt")});
+    dialog_->fileList()->selectNames({"a.txt"});
     dialog_->ok();
     ASSERT_EQ(dialog_->result(), QDialog::Accepted);
     EXPECT_EQ(request_.names, QStringList{"a.txt"});
@@ -247,17 +252,6 @@ TEST_F(FileBrowserDialogTest, ADoubleTapOnAFileOpensItButNeverSavesOverIt) {
     EXPECT_NE(dialog_->result(), QDialog::Accepted);
 }
 
-TEST_F(FileBrowserDialogTest, AFolderRowPickedWithOkOpensIt) {
-    open();
-    dialog_->fileList()->selectNames({QStringLiteral("sub")});
-    dialog_->ok();
-    EXPECT_NE(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path(QStringLiteral("sub/")));
-    dialog_->fileList()->selectNames({QStringLiteral("..")});
-    dialog_->ok();
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder());
-}
-
 TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
     request_.flags = flag::FileMustExist;
     open();
@@ -267,7 +261,7 @@ TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
         ASSERT_EQ(messages.shown().size(), 1);
         EXPECT_EQ(messages.shown().front().text,
                   FormatMessage(QString::fromUtf16(fileops_message::kEntryNotFound.text),
-                                {folder_.path(QStringLiteral("missing.txt"))}));
+                                {folder_.path("missing.txt")}));
         EXPECT_TRUE(nameIsSelected());
     }
     request_.flags = flag::PathMustExist;
@@ -276,8 +270,11 @@ TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
     EXPECT_FALSE(okWith(QStringLiteral("nowhere/x.txt")));
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_EQ(messages.shown().front().id, 30023);
-    EXPECT_TRUE(messages.shown().front().text.endsWith(folder_.path(QStringLiteral("nowhere"))));
-    EXPECT_TRUE(okWith(QStringLiteral("new.txt")));
+    EXPECT_TRUE(messages.shown().front().text.endsWith(folder_.path("nowhere")));
+    // A typed path splits into folder and name.
+    EXPECT_TRUE(okWith(folder_.path("sub/../sub/new.txt")));
+    EXPECT_EQ(request_.folder, folder_.path("sub/"));
+    EXPECT_EQ(request_.names, QStringList{"new.txt"});
 }
 
 // Each question of saving: No keeps the dialog open with the name selected, Yes closes it. The
@@ -291,27 +288,20 @@ TEST_F(FileBrowserDialogTest, SaveAsksBeforeCreatingOverwritingOrUnlocking) {
     };
     for (const auto& [name, readOnly, flags, options, question] : rows) {
         SCOPED_TRACE(question);
-        folder_.setReadOnly(QStringLiteral("a.txt"), readOnly);
+        folder_.setReadOnly("a.txt", readOnly);
         request_.folder = folder_.folder();
         openForSaving(flags, options);
         ScriptedMessageService messages{MessageAnswer::No, MessageAnswer::Yes};
         EXPECT_FALSE(okWith(QString::fromUtf8(name)));
         EXPECT_TRUE(nameIsSelected());
-        EXPECT_EQ(folder_.isReadOnly(QStringLiteral("a.txt")), readOnly);
+        EXPECT_EQ(folder_.isReadOnly("a.txt"), readOnly);
         EXPECT_TRUE(okWith(QString::fromUtf8(name)));
         ASSERT_EQ(messages.shownIds(), (QList<int>{question, question}));
         EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
         EXPECT_EQ(messages.shown().front().icon, MessageIcon::Question);
         EXPECT_EQ(request_.names, QStringList{QString::fromUtf8(name)});
-        EXPECT_EQ(folder_.isReadOnly(QStringLiteral("a.txt")), readOnly && question != 30028);
+        EXPECT_EQ(folder_.isReadOnly("a.txt"), readOnly && question != 30028);
     }
-}
-
-TEST_F(FileBrowserDialogTest, ATypedPathSplitsIntoFolderAndName) {
-    open();
-    EXPECT_TRUE(okWith(folder_.path(QStringLiteral("sub/../sub/new.txt"))));
-    EXPECT_EQ(request_.folder, folder_.path(QStringLiteral("sub/")));
-    EXPECT_EQ(request_.names, QStringList{"new.txt"});
 }
 
 TEST_F(FileBrowserDialogTest, MultipleSelectionCollectsNamesOnce) {
@@ -342,14 +332,14 @@ TEST_F(FileBrowserDialogTest, ResultsCarryTypeOptionStyleAndFolders) {
     EXPECT_EQ(request_.optionIndex, 4);
     EXPECT_EQ(request_.listStyle, list_style::List);
     EXPECT_FALSE(request_.showFolders);
-    EXPECT_EQ(request_.path(), folder_.path(QStringLiteral("x.ini")));
+    EXPECT_EQ(request_.path(), folder_.path("x.ini"));
 }
 
 TEST_F(FileBrowserDialogTest, ShortcutsStandForTheirTargetsUnlessAskedOtherwise) {
-    folder_.write(QStringLiteral("sub/target.txt"));
-    folder_.write(QStringLiteral("note.lnk"), folder_.lnkTo(QStringLiteral("sub/target.txt")));
-    const QString target = folder_.path(QStringLiteral("sub/target.txt"));
-    const QString shortcut = folder_.path(QStringLiteral("note.lnk"));
+    folder_.write("sub/target.txt");
+    folder_.write("note.lnk", folder_.lnkTo("sub/target.txt"));
+    const QString target = folder_.path("sub/target.txt");
+    const QString shortcut = folder_.path("note.lnk");
     // Picked in the list or typed; "選択した .lnk ファイル" or the flag take the file itself.
     const std::tuple<bool, std::uint32_t, int, QString> rows[] = {
         {true, 0, cmd::Ok, target},
@@ -362,7 +352,7 @@ TEST_F(FileBrowserDialogTest, ShortcutsStandForTheirTargetsUnlessAskedOtherwise)
         request_.folder = folder_.folder();
         open();
         if (picked)
-            dialog_->fileList()->selectNames({QStringLiteral("note.lnk")});
+            dialog_->fileList()->selectNames({"note.lnk"});
         else
             dialog_->nameBox()->setText(QStringLiteral("note.lnk"));
         dialog_->fileList()->runCommand(command);
@@ -373,7 +363,7 @@ TEST_F(FileBrowserDialogTest, ShortcutsStandForTheirTargetsUnlessAskedOtherwise)
 
 TEST_F(FileBrowserDialogTest, OkWhileALabelIsEditedOnlyEndsTheEdit) {
     open();
-    dialog_->folderTree()->openPath(folder_.path(QStringLiteral("sub")));
+    dialog_->folderTree()->openPath(folder_.path("sub"));
     dialog_->folderTree()->startRename();
     ASSERT_TRUE(dialog_->folderTree()->isEditing());
     dialog_->nameBox()->setText(QStringLiteral("a.txt"));
@@ -420,7 +410,7 @@ TEST_F(FileBrowserDialogTest, TheHookSeesEventsFirst) {
 
 TEST(BrowseSettings, TakeTheTapAndDisplaySettingsAndKeepTheChoices) {
     ScratchFolder folder;
-    SettingsStore store(folder.path(QStringLiteral("settings.ini")));
+    SettingsStore store(folder.path("settings.ini"));
     const IntSetting keys[] = {setting::SELECT_BY_SINGLE_TAP, setting::SHOW_FOLDER_ON_FILE_LIST,
                                setting::STR_ZOOM_METHOD, setting::FILE_LIST_STYLE,
                                setting::LONG_DELAY};

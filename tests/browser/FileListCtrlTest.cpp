@@ -55,10 +55,10 @@ QStringList TopLevelTexts(const Menu& menu) {
 class FileListCtrlTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_.makeFolder(QStringLiteral("sub"));
-        folder_.writeSized(QStringLiteral("a.txt"), 300);
-        folder_.writeSized(QStringLiteral("b.txt"), 100);
-        folder_.writeSized(QStringLiteral("c.txt"), 200);
+        folder_.makeFolder("sub");
+        folder_.writeSized("a.txt", 300);
+        folder_.writeSized("b.txt", 100);
+        folder_.writeSized("c.txt", 200);
     }
 
     // A list as the browse dialog makes it, showing the test folder.
@@ -173,7 +173,7 @@ TEST_F(FileListCtrlTest, MultiSelectModeTogglesTappedRowsUntilARefresh) {
 
 // With the option one tap opens a folder, without it a double tap; ".." leads back.
 TEST_F(FileListCtrlTest, OwnNavigationOpensFoldersByTheTapTheOptionAsks) {
-    folder_.write(QStringLiteral("sub/inner.txt"));
+    folder_.write("sub/inner.txt");
     for (const bool singleTap : {true, false}) {
         create(list_option::ShowFolders | (singleTap ? list_option::SingleTapOpensFolder : 0),
                false, true);
@@ -299,8 +299,7 @@ TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) 
 }
 
 TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
-    folder_.write(QStringLiteral("short.lnk"),
-                  "1#" + folder_.path(QStringLiteral("a.txt")).toUtf8() + "\r\n");
+    folder_.write("short.lnk", "1#" + folder_.path("a.txt").toUtf8() + "\r\n");
     create();
     EXPECT_EQ(list_.popupState().selectedCount, 0);
     select({QStringLiteral("..")});
@@ -327,11 +326,11 @@ TEST_F(FileListCtrlTest, EditCommandsActOnTheSelectionAndShowTheResult) {
     select({QStringLiteral("b.txt")});
     list_.runCommand(cmd::Cut);
     EXPECT_TRUE(list_.popupState().clipboardCutFromHere);
-    ASSERT_TRUE(list_.setFolder(folder_.path(QStringLiteral("sub"))));
+    ASSERT_TRUE(list_.setFolder(folder_.path("sub")));
     list_.refresh();
     EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
     list_.runCommand(cmd::Paste);
-    EXPECT_TRUE(folder_.exists(QStringLiteral("sub/b.txt")));
+    EXPECT_TRUE(folder_.exists("sub/b.txt"));
     EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
 
     ASSERT_TRUE(list_.setFolder(folder_.folder()));
@@ -341,7 +340,7 @@ TEST_F(FileListCtrlTest, EditCommandsActOnTheSelectionAndShowTheResult) {
         select({QStringLiteral("a.txt"), QStringLiteral("c.txt")});
         list_.runCommand(cmd::Delete);
         EXPECT_EQ(names().contains("c.txt"), answer == MessageAnswer::No);
-        EXPECT_EQ(folder_.exists(QStringLiteral("c.txt")), answer == MessageAnswer::No);
+        EXPECT_EQ(folder_.exists("c.txt"), answer == MessageAnswer::No);
     }
 }
 

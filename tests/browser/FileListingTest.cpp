@@ -193,24 +193,24 @@ protected:
 };
 
 TEST_F(FileListingTest, SetFolderKeepsOneTrailingSlashAndRefusesFiles) {
-    folder_.makeFolder(QStringLiteral("sub"));
-    folder_.write(QStringLiteral("a.txt"));
-    EXPECT_TRUE(listing_.setFolder(folder_.path(QStringLiteral("sub//"))));
-    EXPECT_EQ(listing_.folder(), folder_.path(QStringLiteral("sub/")));
-    EXPECT_FALSE(listing_.setFolder(folder_.path(QStringLiteral("a.txt"))));
-    EXPECT_FALSE(listing_.setFolder(folder_.path(QStringLiteral("missing"))));
+    folder_.makeFolder("sub");
+    folder_.write("a.txt");
+    EXPECT_TRUE(listing_.setFolder(folder_.path("sub//")));
+    EXPECT_EQ(listing_.folder(), folder_.path("sub/"));
+    EXPECT_FALSE(listing_.setFolder(folder_.path("a.txt")));
+    EXPECT_FALSE(listing_.setFolder(folder_.path("missing")));
     EXPECT_FALSE(listing_.setFolder(QString()));
-    EXPECT_EQ(listing_.folder(), folder_.path(QStringLiteral("sub/")));
+    EXPECT_EQ(listing_.folder(), folder_.path("sub/"));
     EXPECT_TRUE(listing_.setFolder(QStringLiteral("/")));
     EXPECT_TRUE(listing_.isRoot());
 }
 
 TEST_F(FileListingTest, ListsParentAndFoldersFirstThenFilesWithoutHiddenOnes) {
-    folder_.write(QStringLiteral("b.txt"));
-    folder_.write(QStringLiteral("A.txt"));
-    folder_.write(QStringLiteral(".hidden"));
-    folder_.makeFolder(QStringLiteral("zeta"));
-    folder_.makeFolder(QStringLiteral(".git"));
+    folder_.write("b.txt");
+    folder_.write("A.txt");
+    folder_.write(".hidden");
+    folder_.makeFolder("zeta");
+    folder_.makeFolder(".git");
 
     EXPECT_EQ(listing_.refresh(), FileOpStatus::Done);
     EXPECT_EQ(Names(listing_), (QStringList{"..", "zeta", "A.txt", "b.txt"}));
@@ -229,8 +229,8 @@ TEST_F(FileListingTest, RootHasNoParentRow) {
 }
 
 TEST_F(FileListingTest, UnreadableFolderStillShowsTheParentRow) {
-    folder_.makeFolder(QStringLiteral("sub"));
-    ASSERT_TRUE(listing_.setFolder(folder_.path(QStringLiteral("sub"))));
+    folder_.makeFolder("sub");
+    ASSERT_TRUE(listing_.setFolder(folder_.path("sub")));
     QDir(folder_.folder()).rmdir(QStringLiteral("sub"));
     EXPECT_EQ(listing_.refresh(), FileOpStatus::Done);
     EXPECT_EQ(Names(listing_), QStringList{".."});
@@ -254,10 +254,10 @@ TEST_F(FileListingTest, ExtensionFilterAndPatternChooseTheFiles) {
 }
 
 TEST_F(FileListingTest, ShortcutToAFolderJoinsTheFoldersUnderItsBareName) {
-    folder_.makeFolder(QStringLiteral("target"));
-    folder_.write(QStringLiteral("Docs.lnk"), folder_.lnkTo(QStringLiteral("target")));
-    folder_.link(QStringLiteral("zlink"), folder_.path(QStringLiteral("target")));
-    folder_.write(QStringLiteral("a.txt"));
+    folder_.makeFolder("target");
+    folder_.write("Docs.lnk", folder_.lnkTo("target"));
+    folder_.link("zlink", folder_.path("target"));
+    folder_.write("a.txt");
     listing_.setExtensionFilter({QStringLiteral(".txt")});
     listing_.refresh();
 
@@ -315,10 +315,10 @@ TEST_F(FileListingTest, RowsTakeTheirIconAndNameFromTheOptions) {
 }
 
 TEST_F(FileListingTest, EntriesCarryReadOnlySizeAndTime) {
-    folder_.writeSized(QStringLiteral("a.txt"), 5000);
-    folder_.setReadOnly(QStringLiteral("a.txt"), true);
+    folder_.writeSized("a.txt", 5000);
+    folder_.setReadOnly("a.txt", true);
     const QDateTime when(QDate(2021, 7, 9), QTime(13, 45));
-    folder_.setModified(QStringLiteral("a.txt"), when);
+    folder_.setModified("a.txt", when);
     listing_.refresh();
 
     const FileEntry& entry = RowNamed(listing_, "a.txt").entry;
@@ -328,8 +328,8 @@ TEST_F(FileListingTest, EntriesCarryReadOnlySizeAndTime) {
 }
 
 TEST_F(FileListingTest, IndexOfPrefersTheExactCase) {
-    folder_.write(QStringLiteral("Memo.txt"));
-    folder_.write(QStringLiteral("memo.txt"));
+    folder_.write("Memo.txt");
+    folder_.write("memo.txt");
     listing_.refresh();
     EXPECT_EQ(listing_.row(listing_.indexOf(u"memo.txt"))->entry.name, QStringLiteral("memo.txt"));
     EXPECT_EQ(listing_.row(listing_.indexOf(u"Memo.txt"))->entry.name, QStringLiteral("Memo.txt"));

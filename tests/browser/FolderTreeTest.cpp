@@ -28,12 +28,12 @@ QStringList ChildTexts(const QTreeWidgetItem* item) {
 class FolderTreeTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_.makeFolder(QStringLiteral("Docs/Sub"));
-        folder_.makeFolder(QStringLiteral("alpha"));
-        folder_.makeFolder(QStringLiteral("Empty"));
-        folder_.makeFolder(QStringLiteral(".hidden/inner"));
-        folder_.write(QStringLiteral("file.txt"));
-        folder_.link(QStringLiteral("linked"), folder_.path(QStringLiteral("alpha")));
+        folder_.makeFolder("Docs/Sub");
+        folder_.makeFolder("alpha");
+        folder_.makeFolder("Empty");
+        folder_.makeFolder(".hidden/inner");
+        folder_.write("file.txt");
+        folder_.link("linked", folder_.path("alpha"));
         tree_.resize(300, 400);
         tree_.show();
     }
@@ -88,12 +88,11 @@ TEST_F(FolderTreeTest, OpenPathWalksDownToTheDeepestExistingFolder) {
 
 TEST_F(FolderTreeTest, RecordOnlyChangesTheFolderButNotTheDisplay) {
     QTreeWidgetItem* item = open(QStringLiteral("alpha"));
-    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("Docs")), true), FileOpStatus::Done);
-    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("Docs/")));
+    EXPECT_EQ(tree_.openPath(folder_.path("Docs"), true), FileOpStatus::Done);
+    EXPECT_EQ(tree_.currentFolder(), folder_.path("Docs/"));
     EXPECT_EQ(tree_.currentItem(), item);
-    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("gone")), true), FileOpStatus::NotFound);
-    EXPECT_EQ(tree_.openPath(folder_.path(QStringLiteral("file.txt")), true),
-              FileOpStatus::NotFound);
+    EXPECT_EQ(tree_.openPath(folder_.path("gone"), true), FileOpStatus::NotFound);
+    EXPECT_EQ(tree_.openPath(folder_.path("file.txt"), true), FileOpStatus::NotFound);
 }
 
 TEST_F(FolderTreeTest, NewFoldersAreShownUnderTheParent) {
@@ -102,7 +101,7 @@ TEST_F(FolderTreeTest, NewFoldersAreShownUnderTheParent) {
     tree_.setCurrentItem(parent);
     tree_.runCommand(cmd::NewFolder);
     EXPECT_TRUE(parent->isExpanded());
-    EXPECT_EQ(ChildTexts(parent), folder_.names(QStringLiteral("Empty")));
+    EXPECT_EQ(ChildTexts(parent), folder_.names("Empty"));
     EXPECT_EQ(parent->childCount(), 2);
 }
 
@@ -110,7 +109,7 @@ TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
     // Two subfolders with a read-only file each: the first one asked about goes, Cancel on the
     // second ends the delete, whichever order the disk lists them in.
     for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
-        folder_.makeFolder(QStringLiteral("Docs/Sub/") + name);
+        folder_.makeFolder("Docs/Sub/" + name);
         folder_.write(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name));
         folder_.setReadOnly(QStringLiteral("Docs/Sub/%1/locked.txt").arg(name), true);
     }
@@ -123,14 +122,14 @@ TEST_F(FolderTreeTest, DeleteRemovesTheItemOrShowsWhatIsLeft) {
         tree_.runCommand(cmd::FolderDelete);
     }
     const QStringList left =
-        QDir(folder_.path(QStringLiteral("Docs/Sub"))).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        QDir(folder_.path("Docs/Sub")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     EXPECT_EQ(left.size(), 1);
     EXPECT_EQ(ChildTexts(sub), left);
 
     ScriptedMessageService messages{MessageAnswer::Yes, MessageAnswer::Yes};
     QSignalSpy changed(&tree_, &FolderTree::contentsChanged);
     tree_.runCommand(cmd::FolderDelete);
-    EXPECT_FALSE(folder_.exists(QStringLiteral("Docs/Sub")));
+    EXPECT_FALSE(folder_.exists("Docs/Sub"));
     EXPECT_EQ(docs->childCount(), 0);
     EXPECT_EQ(tree_.currentItem(), docs);
     EXPECT_EQ(changed.size(), 1);
@@ -155,8 +154,8 @@ TEST_F(FolderTreeTest, RenameShowsTheNewNameAndMakesItCurrent) {
     QSignalSpy changed(&tree_, &FolderTree::currentFolderChanged);
     tree_.finishRename(alpha, QStringLiteral("  zeta "));
     EXPECT_EQ(alpha->text(0), QStringLiteral("zeta"));
-    EXPECT_TRUE(folder_.exists(QStringLiteral("zeta")));
-    EXPECT_EQ(tree_.currentFolder(), folder_.path(QStringLiteral("zeta/")));
+    EXPECT_TRUE(folder_.exists("zeta"));
+    EXPECT_EQ(tree_.currentFolder(), folder_.path("zeta/"));
     ASSERT_FALSE(changed.isEmpty());
     // The item moves to where a fill would put it, letter case folded.
     EXPECT_EQ(ChildTexts(alpha->parent()), (QStringList{"Docs", "Empty", "zeta"}));
@@ -191,13 +190,13 @@ TEST_F(FolderTreeTest, TheLabelEditorEndsWithEnterOrEscape) {
     QTest::keyClick(editor, Qt::Key_Return);
     QApplication::processEvents();
     EXPECT_EQ(alpha->text(0), QStringLiteral("beta"));
-    EXPECT_TRUE(folder_.exists(QStringLiteral("beta")));
+    EXPECT_TRUE(folder_.exists("beta"));
 }
 
 TEST_F(FolderTreeTest, RefillFindsFoldersMadeElsewhere) {
     QTreeWidgetItem* docs = open(QStringLiteral("Docs"));
     docs->setExpanded(true);
-    folder_.makeFolder(QStringLiteral("Docs/Later"));
+    folder_.makeFolder("Docs/Later");
     tree_.runCommand(cmd::FolderRefresh);
     EXPECT_EQ(ChildTexts(docs), (QStringList{"Later", "Sub"}));
 }

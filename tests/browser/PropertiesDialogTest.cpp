@@ -25,11 +25,11 @@ QStringList Texts(const QDialog& dialog) {
 
 TEST(PropertiesDialog, ShowsPathSizeAndTime) {
     ScratchFolder folder;
-    folder.writeSized(QStringLiteral("a.txt"), 12345);
-    folder.setModified(QStringLiteral("a.txt"), QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8)));
-    const PropertiesDialog dialog(folder.path(QStringLiteral("a.txt")));
+    folder.writeSized("a.txt", 12345);
+    folder.setModified("a.txt", QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8)));
+    const PropertiesDialog dialog(folder.path("a.txt"));
     const QStringList texts = Texts(dialog);
-    EXPECT_TRUE(texts.contains(folder.path(QStringLiteral("a.txt"))));
+    EXPECT_TRUE(texts.contains(folder.path("a.txt")));
     EXPECT_TRUE(texts.contains(QStringLiteral("12,345 バイト")));
     EXPECT_TRUE(texts.contains(QStringLiteral("2023/04/05 06:07:08")));
     EXPECT_FALSE(dialog.isReadOnlyChecked());
@@ -37,8 +37,8 @@ TEST(PropertiesDialog, ShowsPathSizeAndTime) {
 
 TEST(PropertiesDialog, ChangesTheReadOnlyStateBothWays) {
     ScratchFolder folder;
-    folder.write(QStringLiteral("a.txt"));
-    const QString path = folder.path(QStringLiteral("a.txt"));
+    folder.write("a.txt");
+    const QString path = folder.path("a.txt");
     {
         PropertiesDialog dialog(path);
         dialog.setReadOnlyChecked(true);
@@ -55,8 +55,8 @@ TEST(PropertiesDialog, ChangesTheReadOnlyStateBothWays) {
 
 TEST(PropertiesDialog, ReportsAFailedChangeAndStaysOpen) {
     ScratchFolder folder;
-    folder.write(QStringLiteral("a.txt"));
-    const QString path = folder.path(QStringLiteral("a.txt"));
+    folder.write("a.txt");
+    const QString path = folder.path("a.txt");
     PropertiesDialog dialog(path);
     QFile::remove(path);
     dialog.setReadOnlyChecked(true);
@@ -69,9 +69,9 @@ TEST(PropertiesDialog, ReportsAFailedChangeAndStaysOpen) {
 
 TEST(PropertiesDialog, LeavesALinksPermissionsAlone) {
     ScratchFolder folder;
-    folder.write(QStringLiteral("a.txt"));
-    folder.link(QStringLiteral("link"), folder.path(QStringLiteral("a.txt")));
-    const PropertiesDialog dialog(folder.path(QStringLiteral("link")));
+    folder.write("a.txt");
+    folder.link("link", folder.path("a.txt"));
+    const PropertiesDialog dialog(folder.path("link"));
     EXPECT_FALSE(dialog.findChild<QCheckBox*>()->isEnabled());
 }
 
