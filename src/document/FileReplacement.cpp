@@ -1,5 +1,7 @@
 #include "document/FileReplacement.h"
 
+#include "document/FileDescriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -37,27 +39,6 @@ std::atomic<bool> g_temporaryPending{false};
 std::atomic<bool> g_deferringSignals{false};
 std::atomic<int> g_deferredSignal{0};
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (fd_ >= 0) {
-            const int saved = errno;
-            ::close(fd_);
-            errno = saved;
-        }
-    }
-    int get() const { return fd_; }
-    bool valid() const { return fd_ >= 0; }
-    // Closing reports the last write error of some file systems (NFS), so it is checked.
-    bool close() { return ::close(std::exchange(fd_, -1)) == 0; }
-
-private:
-    int fd_;
-};
 
 class SignalsDeferred {
 public:
@@ -154,8 +135,8 @@ std::string RandomLetters() {
 // private and gets its mode at the end; a new one gets the umask's mode from the kernel.
 // pending: the name is made known to the signal handler before the file exists, so that no
 // signal falls between the two; a name that turns out to be taken is withdrawn at once.
-Descriptor CreateTemporary(const std::string& target, bool replacing, bool pending,
-                           std::string& name) {
+FileDescriptor CreateTemporary(const std::string& target, bool replacing, bool pending,
+                               std::string& name) {
     for (int attempt = 0; attempt < kTemporaryNameTries; ++attempt) {
         name = FolderOf(target) + kTemporaryPrefix + RandomLetters();
         if (pending) {
@@ -164,17 +145,17 @@ Descriptor CreateTemporary(const std::string& target, bool replacing, bool pendi
         const int fd =
             ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, replacing ? 0600 : 0666);
         if (fd >= 0) {
-            return Descriptor(fd);
+            return FileDescriptor(fd);
         }
         const int error = errno;
         ClearTemporaryPending();
         if (error != EEXIST) {
             errno = error;
-            return Descriptor(-1);
+            return FileDescriptor(-1);
         }
     }
     errno = EEXIST;
-    return Descriptor(-1);
+    return FileDescriptor(-1);
 }
 
 // Extended attributes hold ACLs and the labels of security modules. Those the new file already
@@ -221,7 +202,7 @@ enum class TemporaryResult { Replaced, Failed, KeepsTheOldFile };
 TemporaryResult ReplaceThroughTemporary(const std::string& target, const struct stat* existing,
                                         ByteParts parts, int& error) {
     std::string name;
-    Descriptor file = CreateTemporary(target, existing != nullptr, true, name);
+    FileDescriptor file = CreateTemporary(target, existing != nullptr, true, name);
     if (!file.valid()) {
         error = errno;
         return TemporaryResult::Failed;
@@ -258,7 +239,8 @@ TemporaryResult ReplaceThroughTemporary(const std::string& target, const struct 
     ClearTemporaryPending();
 
     // The rename itself is made durable by syncing the folder; the file is complete either way.
-    const Descriptor folder(::open(FolderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor folder(
+        ::open(FolderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.valid()) {
         ::fsync(folder.get());
     }
@@ -303,7 +285,7 @@ bool RewriteFrom(int fd, ByteParts parts, off_t size) {
 // the file is whole again.
 ReplaceOutcome RewriteInPlace(const std::string& target, ByteParts parts) {
     const SignalsDeferred deferred;
-    const Descriptor file(::open(target.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+    const FileDescriptor file(::open(target.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
     struct stat info {};
     if (!file.valid() || ::fstat(file.get(), &info) != 0) {
         return SystemFailure(errno);
@@ -313,7 +295,7 @@ ReplaceOutcome RewriteInPlace(const std::string& target, ByteParts parts) {
     }
     std::string copyName;
     // Signals wait here, so the copy needs no handler's care.
-    const Descriptor copy = CreateTemporary(target, true, false, copyName);
+    const FileDescriptor copy = CreateTemporary(target, true, false, copyName);
     if (!copy.valid()) {
         return SystemFailure(errno);
     }

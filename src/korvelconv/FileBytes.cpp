@@ -1,5 +1,7 @@
 #include "korvelconv/FileBytes.h"
 
+#include "document/FileDescriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -22,22 +24,6 @@ std::string InputName(const std::string& path) {
 std::string SystemError(const std::string& path) {
     return InputName(path) + ": " + std::strerror(errno);
 }
-
-class FileDescriptor {
-public:
-    // Standard input is passed as -1: it is not ours to close.
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() {
-        if (fd_ >= 0) {
-            ::close(fd_);
-        }
-    }
-
-private:
-    int fd_;
-};
 
 // A folder is never read; anything but a regular file only as standard input.
 bool IsReadable(const std::string& path, const struct stat& info, std::string& error) {

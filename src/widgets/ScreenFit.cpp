@@ -28,12 +28,14 @@ void Fit(QWidget& window) {
     const QScreen* screen = window.screen();
     if (screen == nullptr)
         return;
-    const QRect fitted = FittedGeometry(window.geometry(), FrameOf(window),
-                                        screen->availableGeometry(), window.minimumSizeHint());
+    const QMargins frame = FrameOf(window);
+    const QRect fitted = FittedGeometry(window.geometry(), frame, screen->availableGeometry(),
+                                        window.minimumSizeHint());
     if (fitted.size() != window.size())
         window.resize(fitted.size());
+    // A window's position is its frame's.
     if (fitted.topLeft() != window.geometry().topLeft())
-        window.move(fitted.topLeft() - QPoint(FrameOf(window).left(), FrameOf(window).top()));
+        window.move(fitted.topLeft() - QPoint(frame.left(), frame.top()));
 }
 
 class FitOnShow : public QObject {
