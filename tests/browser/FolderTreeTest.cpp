@@ -206,9 +206,12 @@ TEST_F(FolderTreeTest, EveryWayOfRenamingOpensTheEditorOnFoldersButNotOnTheRoot)
     QStyleHints* hints = QGuiApplication::styleHints();
     const int doubleTap = hints->mouseDoubleClickInterval();
     hints->setMouseDoubleClickInterval(100);
+    // The wait ends as soon as the editor opens; a fixed wait can end before a busy machine
+    // runs the rename timer.
     const auto tap = [this](QPoint position) {
         QTest::mouseClick(tree_.viewport(), Qt::LeftButton, {}, position);
-        QTest::qWait(QApplication::doubleClickInterval() + 100);
+        QTest::qWaitFor([this] { return tree_.isEditing(); },
+                        QApplication::doubleClickInterval() + 400);
     };
     const auto labelOf = [this] {
         return tree_.visualItemRect(tree_.currentItem()).topLeft() + QPoint(30, 5);

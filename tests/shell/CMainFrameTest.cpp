@@ -182,7 +182,7 @@ TEST_F(CMainFrameTest, RightClickMenuKeyAndHoldOpenTheContextMenu) {
                       Qt::LeftButton, {}, &finger);
     QApplication::sendEvent(viewport, &press);
     EXPECT_EQ(VisiblePopup(), nullptr);
-    QTest::qWait(1100);
+    QTest::qWaitFor([] { return VisiblePopup() != nullptr; }, 3000);
     QMenu* menu = VisiblePopup();
     ASSERT_NE(menu, nullptr);
     menu->close();
