@@ -1,11 +1,12 @@
 #include "editor/CEditer.h"
 
-#include "widgets/HoldGesture.h"
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
+#include "editor/ScreenRows.h"
 #include "editor/ViewFonts.h"
 #include "messages/MessageService.h"
 #include "settings/SettingsStore.h"
+#include "widgets/HoldGesture.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -39,43 +40,12 @@ bool StartsHold(const QMouseEvent* event) {
            event->pointingDevice()->type() != QInputDevice::DeviceType::Mouse;
 }
 
-int RowHeight(const EditControl* control) {
-    return std::max(1, control->cursorRect().height());
-}
-
-// The screen row of position, counted from the top of the control's viewport; negative above.
-int RowOnScreen(const EditControl* control, int position) {
-    QTextCursor at(control->document());
-    at.setPosition(position);
-    const int top = control->cursorRect(at).top();
-    const int height = RowHeight(control);
-    return top >= 0 ? top / height : -1 - (-top - 1) / height;
-}
-
-int RowsOnScreen(const EditControl* control) {
-    return control->viewport()->height() / RowHeight(control);
-}
-
-// Scrolls so that the row of position stands rowFromTop rows below the top, as far as the
-// text allows. The rows of a wrapped line are only known once it is laid out at the control's
-// width, so the distance is measured again after each step.
-void ScrollRowTo(EditControl* control, int position, int rowFromTop) {
-    QScrollBar* bar = control->verticalScrollBar();
-    for (int step = 0; step < 3; ++step) {
-        const int off = RowOnScreen(control, position) - rowFromTop;
-        const int before = bar->value();
-        bar->setValue(before + off);
-        if (off == 0 || bar->value() == before)
-            return;
-    }
-}
-
 } // namespace
 
 CEditer::CEditer(SettingsStore& store, QWidget* parent)
     : QWidget(parent), store_(store), wrapping_(new EditControl(this)),
       nonWrapping_(new EditControl(this)), document_(CreateEditorDocument(this)),
-      emptyDocument_(CreateEditorDocument(this)) {
+      emptyDocument_(CreateEditorDocument(this)), openDocuments_(store) {
     wrapping_->setObjectName(QStringLiteral("wrappingControl"));
     nonWrapping_->setObjectName(QStringLiteral("nonWrappingControl"));
     wrapping_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
@@ -119,6 +89,7 @@ CEditer::CEditer(SettingsStore& store, QWidget* parent)
 
 CEditer::~CEditer() {
     writeSettings();
+    openDocuments_.UnregisterOpenDocument();
 }
 
 void CEditer::setUpControl(EditControl* control) {

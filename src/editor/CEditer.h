@@ -2,6 +2,9 @@
 
 #include "browser/BrowseRequest.h"
 #include "codec/CodecTypes.h"
+#include "document/OpenDocuments.h"
+#include "editor/RecordedCommand.h"
+#include "editor/SearchEngine.h"
 
 #include <QFont>
 #include <QPoint>
@@ -72,7 +75,9 @@ public:
     // Reads path into the view. encoding carries the request in (AutoDetect, GarbledMail or a
     // code set) and the code set used out; lineEnding receives the file's line ending. Every
     // failure has told the user when this returns false, and the view is unchanged.
-    bool loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding);
+    // checkOpenElsewhere warns when another instance has the file open.
+    bool loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding,
+                      bool checkOpenElsewhere = true);
     // Opens a path given from outside (command line, another start, macros): checks the path,
     // asks about unsaved changes, detects the code set.
     bool openPath(const QString& path);
@@ -86,9 +91,36 @@ public:
     bool saveAs();
     // "新規作成": asks about unsaved changes, then empties the view.
     bool newDocument();
+    // "プロパティ...": the file information dialog, whose code set and line ending the next
+    // save uses.
+    void showFileInformation();
+    // Offers to load the file again when another program has written it since it was loaded or
+    // saved here; each change is offered once.
+    void checkExternalChange();
     // The question before unsaved changes are dropped. True when the caller may go on: the
     // text was saved, the user chose not to save, or nothing needed saving.
     bool maySetTextAside();
+
+    // Find, replace and jump on the active control. Positions and lengths count a line break
+    // as two characters.
+    bool find(const QString& text, bool towardsStart, bool ignoreCase, FindMode mode);
+    bool replaceAll(const QString& text, const QString& replacement, bool ignoreCase);
+    bool replaceOne(const QString& text, const QString& replacement, bool ignoreCase);
+    // The selection's text, a line break as CR LF.
+    QString selectedText() const;
+    // Lines are the file's lines, counted from 0, however they wrap on screen.
+    int caretLine() const;
+    int lineCount() const;
+    // Puts the caret at the start of line, which stands 3 rows below the top.
+    void goToLine(int line);
+    // "ジャンプ...": asks for a line and goes there.
+    void jump();
+
+    // The macro recorder's seam: the finds and replaces that the user starts pass through
+    // record() to the recorder, when there is one.
+    using Recorder = std::function<void(const RecordedCommand&)>;
+    void setRecorder(Recorder recorder) { recorder_ = std::move(recorder); }
+    void record(const RecordedCommand& command);
 
     // The dialog through which Open and Save As choose a file; tests put their own here.
     using BrowseDialog = std::function<bool(BrowseRequest& request, QWidget* parent)>;
@@ -148,6 +180,10 @@ private:
     TextEncoding encoding_ = TextEncoding::ShiftJis;
     LineEnding lineEnding_ = LineEnding::CrLf;
     BrowseDialog browseDialog_;
+    Recorder recorder_;
+    OpenDocuments openDocuments_;
+    // The file's time after the last load or save.
+    FileTime fileTime_;
 };
 
 } // namespace korvel

@@ -5,12 +5,13 @@
 #include "editor/CEditer.h"
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
+#include "editor/FileInfoDialog.h"
+#include "editor/WaitCursor.h"
 #include "messages/MessageService.h"
 #include "messages/StringTable.h"
 #include "settings/SettingsStore.h"
 
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QTextDocument>
 #include <algorithm>
 #include <iterator>
@@ -22,6 +23,9 @@ namespace {
 constexpr int kMessageSaveChanges = 30006;
 constexpr int kMessageCannotAccess = 33003;
 constexpr int kMessageIsFolder = 33004;
+constexpr int kMessageOpenElsewhere = 35024;
+constexpr int kMessageChangedOutside = 33038;
+constexpr int kMessageSavedWithNewCodes = 30043;
 constexpr int kOpenTitle = 35034;
 constexpr int kSaveTitle = 35035;
 constexpr int kFileFilter = 35045;
@@ -30,15 +34,6 @@ constexpr int kSaveEncodingChoices = 35047;
 
 // The order of the line-ending row is the order of the LineEnding values.
 const QString kLineEndingChoices = QStringLiteral("CR-LF|CR|LF||");
-
-// The wait cursor for as long as a load runs, however it ends.
-class WaitCursor {
-public:
-    WaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QGuiApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 int SaveListPosition(TextEncoding encoding) {
     const auto* found =
@@ -60,7 +55,8 @@ MessageAnswer ShowPathMessage(int id, const QString& path, QWidget* parent) {
 
 } // namespace
 
-bool CEditer::loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding) {
+bool CEditer::loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding,
+                           bool checkOpenElsewhere) {
     const WaitCursor waitCursor;
     std::optional<LoadedDocument> loaded = LoadDocumentFile(path, encoding, window());
     if (!loaded)
@@ -68,6 +64,17 @@ bool CEditer::loadDocument(const QString& path, TextEncoding& encoding, LineEndi
     replaceText(loaded->text);
     encoding = loaded->encoding;
     lineEnding = loaded->lineEnding;
+    fileTime_ = ReadFileTime(path);
+    if (checkOpenElsewhere && openDocuments_.IsOpenElsewhere(path)) {
+        // A warning only: the user may well mean to read the file twice.
+        MessageRequest request;
+        request.id = kMessageOpenElsewhere;
+        request.icon = MessageIcon::Warning;
+        request.topmost = true;
+        request.parent = window();
+        ShowMessage(request);
+    }
+    openDocuments_.RegisterOpenDocument(path);
     return true;
 }
 
@@ -173,6 +180,7 @@ bool CEditer::saveDocument(const QString& path, TextEncoding encoding, LineEndin
                           window()))
         return false;
     document_->setModified(false);
+    fileTime_ = ReadFileTime(path);
     return true;
 }
 
@@ -216,6 +224,7 @@ bool CEditer::saveAs() {
     const QString path = request.path();
     if (!saveDocument(path, encoding, lineEnding))
         return false;
+    openDocuments_.RegisterOpenDocument(path);
     adoptDocument(path, encoding, lineEnding);
     return true;
 }
@@ -224,8 +233,51 @@ bool CEditer::newDocument() {
     if (!maySetTextAside())
         return false;
     replaceText(std::u16string_view());
+    openDocuments_.UnregisterOpenDocument();
+    fileTime_ = {};
     adoptDocument(QString(), TextEncoding::ShiftJis, LineEnding::CrLf);
     return true;
+}
+
+void CEditer::showFileInformation() {
+    const std::optional<FileInfoChoice> choice =
+        RunFileInfoDialog(path_, encoding_, lineEnding_, window());
+    if (!choice || (choice->encoding == encoding_ && choice->lineEnding == lineEnding_))
+        return;
+    // Nothing is converted now: the choice is what the next save writes.
+    encoding_ = choice->encoding;
+    lineEnding_ = choice->lineEnding;
+    document_->setModified(true);
+    emit documentChanged();
+    MessageRequest request;
+    request.id = kMessageSavedWithNewCodes;
+    request.icon = MessageIcon::Information;
+    request.parent = window();
+    ShowMessage(request);
+}
+
+void CEditer::checkExternalChange() {
+    if (path_.isEmpty())
+        return;
+    const FileTime now = ReadFileTime(path_);
+    if (!now.isLaterThan(fileTime_))
+        return;
+    // Recorded before asking: the question's box takes the activation away and gives it back,
+    // and whatever the answer, this change has been offered.
+    fileTime_ = now;
+    MessageRequest request;
+    request.id = kMessageChangedOutside;
+    request.arguments = {path_};
+    request.buttons = MessageButtons::YesNo;
+    request.icon = MessageIcon::Question;
+    request.parent = window();
+    if (ShowMessage(request) != MessageAnswer::Yes)
+        return;
+    // The text is read as it was before, in the document's code set; changes made here give
+    // way to the file's, without the question about saving them.
+    TextEncoding encoding = encoding_;
+    LineEnding lineEnding = lineEnding_;
+    loadDocument(path_, encoding, lineEnding, false);
 }
 
 } // namespace korvel

@@ -269,6 +269,27 @@ qsizetype EditorTextLength(const QTextCursor& selection) {
     return end - start + breaks;
 }
 
+qsizetype DocumentPosition(const QTextDocument& document, qsizetype programPosition) {
+    // The block whose program start is the last at or before the position: block b starts at
+    // its document position plus the b breaks before it.
+    int low = 0;
+    int high = document.blockCount() - 1;
+    while (low < high) {
+        const int middle = low + (high - low + 1) / 2;
+        if (document.findBlockByNumber(middle).position() + middle <= programPosition)
+            low = middle;
+        else
+            high = middle - 1;
+    }
+    const QTextBlock block = document.findBlockByNumber(low);
+    const qsizetype offset = std::max<qsizetype>(0, programPosition - block.position() - low);
+    return block.position() + std::min<qsizetype>(offset, block.length() - 1);
+}
+
+qsizetype ProgramPosition(const QTextDocument& document, int documentPosition) {
+    return documentPosition + document.findBlock(documentPosition).blockNumber();
+}
+
 } // namespace korvel
 
 #include "EditorText.moc"

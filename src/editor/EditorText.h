@@ -44,4 +44,9 @@ std::u16string EditorText(const QTextCursor& selection);
 qsizetype EditorTextLength(const QTextDocument& document);
 qsizetype EditorTextLength(const QTextCursor& selection);
 
+// Positions as the program counts them (a line break two characters) and as the document
+// does (one). A program position between the CR and the LF of a break maps to the break.
+qsizetype DocumentPosition(const QTextDocument& document, qsizetype programPosition);
+qsizetype ProgramPosition(const QTextDocument& document, int documentPosition);
+
 } // namespace korvel

@@ -4,6 +4,7 @@
 #include "messages/StringTable.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
 #include <optional>
@@ -73,9 +74,25 @@ QMessageBox::Icon IconOf(MessageIcon icon) {
     return QMessageBox::NoIcon;
 }
 
+// With KORVEL_MESSAGE_LOG naming a file, each box shown is also written there, one line per
+// box: its number and its text, line breaks as "\n". Scripts that run the program, and users
+// reporting a problem, can then see what it said.
+void LogMessage(const MessageRequest& request) {
+    const QString logPath = qEnvironmentVariable("KORVEL_MESSAGE_LOG");
+    if (logPath.isEmpty())
+        return;
+    QFile log(logPath);
+    if (!log.open(QIODevice::Append | QIODevice::Text))
+        return;
+    QString text = MessageText(request);
+    text.replace(u'\n', QStringLiteral("\\n"));
+    log.write(QStringLiteral("%1\t%2\n").arg(QString::number(request.id), text).toUtf8());
+}
+
 class MessageBoxService final : public MessageService {
 public:
     MessageAnswer show(const MessageRequest& request) override {
+        LogMessage(request);
         // Without a parent the box would sit unowned beside the main window.
         QWidget* parent = request.parent ? request.parent : QApplication::activeWindow();
         QMessageBox box(IconOf(request.icon), MessageCaption(request), MessageText(request),

@@ -9,14 +9,19 @@
 #include "shell/HelpPage.h"
 #include "shell/Menus.h"
 #include "shell/RecentFileList.h"
+#include "shell/SearchBars.h"
 #include "widgets/ScreenFit.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QVBoxLayout>
 
 namespace korvel {
@@ -44,6 +49,7 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     layout->addWidget(barArea_);
     layout->addWidget(view_, 1);
     setCentralWidget(centre);
+    searchBars_ = new SearchBars(*view_, *barArea_);
 
     addCommands();
     AssignAccelerators(*commands_);
@@ -84,12 +90,32 @@ void CMainFrame::addCommands() {
 
     table.add(command::EditUndo, text(command::EditUndo),
               {[view] { view->undo(); }, [view] { return view->canUndo(); }});
+    // Copy, cut and paste serve a bar's edit box first when it has the focus.
+    SearchBars* bars = searchBars_;
+    const auto routed = [bars](std::function<void(QLineEdit*)> inBox,
+                               std::function<void()> inView) {
+        return [bars, inBox, inView] {
+            if (QLineEdit* edit = bars->focusedEdit())
+                inBox(edit);
+            else
+                inView();
+        };
+    };
+    const auto selectionExists = [bars, view] {
+        const QLineEdit* edit = bars->focusedEdit();
+        return edit ? edit->hasSelectedText() : view->hasSelection();
+    };
     table.add(command::EditCut, text(command::EditCut),
-              {[view] { view->cut(); }, [view] { return view->hasSelection(); }});
+              {routed(&QLineEdit::cut, [view] { view->cut(); }), selectionExists});
     table.add(command::EditCopy, text(command::EditCopy),
-              {[view] { view->copy(); }, [view] { return view->hasSelection(); }});
+              {routed(&QLineEdit::copy, [view] { view->copy(); }), selectionExists});
     table.add(command::EditPaste, text(command::EditPaste),
-              {[view] { view->paste(); }, [view] { return view->canPaste(); }});
+              {routed(&QLineEdit::paste, [view] { view->paste(); }), [view, bars] {
+                   if (!bars->focusedEdit())
+                       return view->canPaste();
+                   const QMimeData* data = QApplication::clipboard()->mimeData();
+                   return data != nullptr && data->hasText();
+               }});
     table.add(command::EditSelectAll, text(command::EditSelectAll),
               {[view] { view->selectAll(); }});
     for (int slot = 0; slot < 4; ++slot) {
@@ -110,16 +136,15 @@ void CMainFrame::addCommands() {
         table.add(command::RecentFile1 + index, QString(),
                   {[this, index] { openRecentFile(index); }});
 
-    // Their behaviour comes with the find and replace bars, the jump dialog, the file
-    // information dialog, the macros, the settings pages and the about box.
-    for (int id : {command::Find, command::Replace, command::FileProperties, command::Jump,
-                   command::MacroRecord, command::MacroPlay, command::MacroLoad, command::MacroSave,
-                   command::Settings, command::About, command::FindBackward, command::FindForward,
-                   command::ReplaceNext, command::HideBar, command::IgnoreCase})
+    table.add(command::Jump, text(command::Jump), {[view] { view->jump(); }});
+    searchBars_->addCommands(table);
+
+    // Their behaviour comes with the macros, the settings pages and the about box.
+    table.add(command::FileProperties, text(command::FileProperties),
+              {[view] { view->showFileInformation(); }});
+    for (int id : {command::MacroRecord, command::MacroPlay, command::MacroLoad, command::MacroSave,
+                   command::Settings, command::About})
         table.addUnavailable(id, text(id));
-    // There is one pane until the bars arrive; F6 has nowhere to go.
-    table.addUnavailable(command::NextPane, QString());
-    table.addUnavailable(command::PreviousPane, QString());
 }
 
 bool CMainFrame::openPath(const QString& path) {
@@ -200,12 +225,11 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
 
 void CMainFrame::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
-    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || !activationCheck_ ||
-        checkingActivation_)
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || checkingActivation_)
         return;
     // The check may ask a question, whose box takes and gives back the activation.
     checkingActivation_ = true;
-    activationCheck_();
+    view_->checkExternalChange();
     checkingActivation_ = false;
 }
 

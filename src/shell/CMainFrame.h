@@ -11,6 +11,7 @@ namespace korvel {
 class CEditer;
 class CommandTable;
 class RecentFileList;
+class SearchBars;
 class SettingsStore;
 
 // The main window: the single menu "ﾒﾆｭｰ", the accelerators, the area for the find and replace
@@ -25,8 +26,9 @@ public:
     CommandTable& commands() const { return *commands_; }
     RecentFileList& recentFiles() const { return *recentFiles_; }
     QMenu* mainMenu() const { return mainMenu_; }
-    // Where the find and replace bars stand, above the view; empty and hidden until a bar shows.
+    // Where the find and replace bars stand, above the view; hidden while no bar shows.
     QWidget* barArea() const { return barArea_; }
+    SearchBars& searchBars() const { return *searchBars_; }
 
     // Opens a path given from outside (command line, another start) and lists it as recently
     // used.
@@ -40,11 +42,9 @@ public:
     // F1: the help page in the desktop's browser, or a message that says where it is.
     void showHelpPage();
 
-    // Seams for the parts that arrive later: whether a macro is playing (closing is refused
-    // then), whether one is being recorded (the menus say so), and the check for changes made
-    // by other programs, run when the window becomes active.
+    // Seams for the macros, which arrive later: whether a macro is playing (closing is refused
+    // then) and whether one is being recorded (the menus say so).
     void setMacroState(std::function<bool()> playing, std::function<bool()> recording);
-    void setActivationCheck(std::function<void()> check) { activationCheck_ = std::move(check); }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -59,10 +59,10 @@ private:
     std::unique_ptr<RecentFileList> recentFiles_;
     CEditer* view_;
     QWidget* barArea_;
+    SearchBars* searchBars_;
     QMenu* mainMenu_;
     std::function<bool()> macroPlaying_;
     std::function<bool()> macroRecording_;
-    std::function<void()> activationCheck_;
     bool checkingActivation_ = false;
 };
 

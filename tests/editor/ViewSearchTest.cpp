@@ -1,0 +1,215 @@
+// The view's find, replace, jump, file information and outside-change check, on the real
+// controls: what the user sees selected, where the text stands, what the next save writes.
+#include "editor/CEditer.h"
+#include "editor/EditControl.h"
+#include "editor/EditorText.h"
+#include "editor/FileInfoDialog.h"
+#include "editor/JumpDialog.h"
+#include "messages/testing/ScriptedMessageService.h"
+#include "settings/SettingsStore.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTimer>
+#include <ctime>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace korvel {
+namespace {
+
+using Answer = MessageAnswer;
+
+// Runs act on the modal dialog of type T once it shows.
+template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
+    QTimer::singleShot(0, [act] {
+        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        act(*dialog);
+    });
+}
+
+class ViewSearchTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir_.isValid());
+        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
+        view_ = std::make_unique<CEditer>(*store_);
+        view_->resize(400, 300);
+        view_->show();
+    }
+
+    QString writeFile(const QByteArray& bytes) {
+        const QString path = dir_.filePath(QStringLiteral("text.txt"));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return path;
+    }
+
+    void setText(const QString& text) {
+        SetEditorText(*view_->document(), text.toStdU16String());
+        control()->moveCursor(QTextCursor::Start);
+    }
+    // Lines "line 1" to "line n".
+    void setLines(int count) {
+        QStringList lines;
+        for (int i = 1; i <= count; ++i)
+            lines << QStringLiteral("line %1").arg(i);
+        setText(lines.join(QStringLiteral("\r\n")));
+    }
+
+    EditControl* control() const { return view_->activeControl(); }
+    int topLine() const { return control()->cursorForPosition(QPoint(0, 0)).blockNumber(); }
+
+    QTemporaryDir dir_;
+    std::unique_ptr<SettingsStore> store_;
+    std::unique_ptr<CEditer> view_;
+};
+
+// The engine counts a line break as two characters, the control as one: a match after breaks,
+// and one that spans a break, select exactly their own characters.
+TEST_F(ViewSearchTest, FindSelectsTheMatchAcrossLineBreaks) {
+    ScriptedMessageService messages;
+    setText(QStringLiteral("ab\r\ncd\r\nab\r\ncd"));
+    EXPECT_TRUE(view_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
+    EXPECT_EQ(view_->selectedText(), QStringLiteral("b\r\nc"));
+    EXPECT_TRUE(view_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
+    EXPECT_EQ(control()->textCursor().selectionStart(), 7);
+    EXPECT_TRUE(view_->find(QStringLiteral("ab"), true, false, FindMode::Plain));
+    EXPECT_EQ(control()->textCursor().selectionStart(), 6);
+}
+
+// A match that had to be scrolled to stands 5 lines below the top; one already on screen does
+// not move the text.
+TEST_F(ViewSearchTest, AMatchScrolledToStandsFiveLinesDown) {
+    ScriptedMessageService messages;
+    setLines(300);
+    EXPECT_TRUE(view_->find(QStringLiteral("line 3\r\n"), false, false, FindMode::Plain));
+    EXPECT_EQ(topLine(), 0);
+    EXPECT_TRUE(view_->find(QStringLiteral("line 200"), false, false, FindMode::Plain));
+    EXPECT_EQ(control()->textCursor().blockNumber() - topLine(), 5);
+}
+
+// Replace all changes the text in one undo step, and the same text comes back on undo.
+TEST_F(ViewSearchTest, ReplaceAllIsOneUndoStep) {
+    const QString before = QStringLiteral("a\r\nb a\r\na");
+    setText(before);
+    ScriptedMessageService messages{Answer::Ok};
+    EXPECT_TRUE(view_->replaceAll(QStringLiteral("a\r\n"), QStringLiteral("x"), false));
+    EXPECT_EQ(EditorText(*view_->document()), u"xb xa");
+    EXPECT_TRUE(view_->isModified());
+    view_->undo();
+    EXPECT_EQ(QString::fromStdU16String(EditorText(*view_->document())), before);
+    EXPECT_FALSE(view_->document()->isUndoAvailable());
+}
+
+// Jump: the caret at the start of the line, the line 3 rows below the top; lines are the
+// file's lines however they wrap.
+TEST_F(ViewSearchTest, JumpPutsTheLineThreeRowsDown) {
+    setLines(300);
+    control()->moveCursor(QTextCursor::End);
+    EXPECT_EQ(view_->caretLine(), 299);
+    EXPECT_EQ(view_->lineCount(), 300);
+    WhenDialogShows<JumpDialog>([](JumpDialog& dialog) {
+        dialog.lineEdit()->setText(QStringLiteral("150"));
+        dialog.accept();
+    });
+    view_->jump();
+    const QTextCursor caret = control()->textCursor();
+    EXPECT_EQ(caret.blockNumber(), 149);
+    EXPECT_EQ(caret.positionInBlock(), 0);
+    EXPECT_FALSE(caret.hasSelection());
+    EXPECT_EQ(caret.blockNumber() - topLine(), 3);
+}
+
+TEST_F(ViewSearchTest, FileInformationChangesWhatTheNextSaveWrites) {
+    const QString path = writeFile(QByteArray("abc\r\n"));
+    ASSERT_TRUE(view_->openPath(path));
+    // No change: no message, not modified.
+    WhenDialogShows<FileInfoDialog>([&](FileInfoDialog& dialog) {
+        EXPECT_EQ(dialog.pathText(), path);
+        EXPECT_EQ(dialog.sizeText(), QStringLiteral("5 バイト"));
+        dialog.accept();
+    });
+    view_->showFileInformation();
+    EXPECT_FALSE(view_->isModified());
+    // A new line ending and code set: told once, modified, written by the next save.
+    ScriptedMessageService messages{Answer::Ok};
+    WhenDialogShows<FileInfoDialog>([](FileInfoDialog& dialog) {
+        dialog.encodingList()->setCurrentIndex(4);   // UTF-8, with its mark
+        dialog.lineEndingList()->setCurrentIndex(2); // LF
+        dialog.accept();
+    });
+    view_->showFileInformation();
+    EXPECT_EQ(messages.shownIds(), QList<int>{30043});
+    EXPECT_TRUE(view_->isModified());
+    EXPECT_EQ(EditorText(*view_->document()), u"abc\r\n");
+    ASSERT_TRUE(view_->save());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), QByteArray("\xEF\xBB\xBF"
+                                         "abc\n"));
+}
+
+// The list's positions and the code sets they stand for, both ways; sizes grouped by
+// thousands.
+TEST_F(ViewSearchTest, FileInformationListsAndSizes) {
+    const TextEncoding encodings[] = {TextEncoding::ShiftJis, TextEncoding::Jis,
+                                      TextEncoding::Euc,      TextEncoding::Unicode,
+                                      TextEncoding::Utf8,     TextEncoding::Utf8N};
+    for (int position = 0; position < 6; ++position) {
+        FileInfoDialog dialog(QString(), std::nullopt, QDateTime(), encodings[position],
+                              LineEnding::Cr);
+        EXPECT_EQ(dialog.encodingList()->currentIndex(), position);
+        EXPECT_EQ(dialog.encoding(), encodings[position]);
+        EXPECT_EQ(dialog.lineEnding(), LineEnding::Cr);
+        EXPECT_EQ(dialog.pathText(), QStringLiteral("(新規テキスト)"));
+        EXPECT_TRUE(dialog.sizeText().isEmpty());
+    }
+    EXPECT_EQ(FileInfoDialog::FormatSize(999), QStringLiteral("999 バイト"));
+    EXPECT_EQ(FileInfoDialog::FormatSize(1000), QStringLiteral("1,000 バイト"));
+    EXPECT_EQ(FileInfoDialog::FormatSize(1234567), QStringLiteral("1,234,567 バイト"));
+}
+
+TEST_F(ViewSearchTest, AnOutsideChangeIsOfferedOnceAndReloads) {
+    const QString path = writeFile(QByteArray("old"));
+    ASSERT_TRUE(view_->openPath(path));
+    view_->checkExternalChange(); // unchanged: nothing asked
+    const auto touch = [&](const QByteArray& bytes, int second) {
+        writeFile(bytes);
+        // Later than the load, to the nanosecond, whatever the clock's resolution.
+        const struct timespec times[2] = {{0, UTIME_OMIT}, {::time(nullptr) + 100, second}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+    };
+    touch("new", 1);
+    {
+        ScriptedMessageService messages{Answer::No};
+        view_->checkExternalChange();
+        view_->checkExternalChange(); // the same change is not offered again
+        EXPECT_EQ(messages.shownIds(), QList<int>{33038});
+    }
+    EXPECT_EQ(EditorText(*view_->document()), u"old");
+    touch("newer", 2);
+    QTest::keyClicks(control(), QStringLiteral("x")); // unsaved changes give way unasked
+    ScriptedMessageService messages{Answer::Yes};
+    view_->checkExternalChange();
+    EXPECT_EQ(EditorText(*view_->document()), u"newer");
+    EXPECT_FALSE(view_->isModified());
+    // A file that went away is never offered.
+    ASSERT_TRUE(QFile::remove(path));
+    view_->checkExternalChange();
+}
+
+} // namespace
+} // namespace korvel
