@@ -87,8 +87,8 @@ bool JumpDialog::eventFilter(QObject* watched, QEvent* event) {
         if (!toButton && reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             if (const std::optional<int> line = typedLine())
                 slider_->setValue(*line);
-            else
-                complain();
+            else // after the box has handled its focus-out, which drops the selection
+                QMetaObject::invokeMethod(this, &JumpDialog::complain, Qt::QueuedConnection);
         }
     }
     return QDialog::eventFilter(watched, event);

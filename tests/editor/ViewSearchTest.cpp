@@ -133,6 +133,42 @@ TEST_F(ViewSearchTest, JumpPutsTheLineThreeRowsDown) {
     EXPECT_EQ(caret.blockNumber() - topLine(), 3);
 }
 
+TEST(JumpDialog, TicksFollowTheLineCountAndOnlyALineIsTaken) {
+    const std::pair<int, int> ticks[] = {{1, 1},         {9, 1},        {10, 10},     {99, 10},
+                                         {100, 100},     {999, 100},    {1000, 1000}, {9999, 1000},
+                                         {10000, 10000}, {99999, 10000}};
+    for (const auto& [lines, tick] : ticks)
+        EXPECT_EQ(JumpDialog::TickInterval(lines), tick) << lines;
+
+    JumpDialog dialog(5, 40);
+    dialog.show();
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    QLineEdit* edit = dialog.lineEdit();
+    dialog.slider()->setValue(12);
+    EXPECT_EQ(edit->text(), QStringLiteral("12"));
+    edit->setFocus();
+    for (const char* bad : {"0", "41", "abc", ""}) {
+        ScriptedMessageService messages{Answer::Ok, Answer::Ok};
+        edit->setText(QString::fromLatin1(bad));
+        dialog.accept(); // OK refuses and the dialog stays
+        EXPECT_EQ(dialog.result(), QDialog::Rejected);
+        dialog.slider()->setFocus(); // leaving the box complains too
+        QApplication::processEvents();
+        EXPECT_EQ(messages.shownIds(), (QList<int>{33006, 33006})) << bad;
+        EXPECT_EQ(messages.shown().front().text,
+                  QStringLiteral("ジャンプ先には 1 ～ 40 の間の数字を指定してください。"));
+        EXPECT_TRUE(edit->hasFocus());
+        EXPECT_EQ(edit->selectedText(), edit->text());
+    }
+    edit->setText(QStringLiteral("40"));
+    dialog.slider()->setFocus();
+    EXPECT_EQ(dialog.slider()->value(), 40);
+    dialog.accept();
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(dialog.line(), 40);
+}
+
 TEST_F(ViewSearchTest, FileInformationChangesWhatTheNextSaveWrites) {
     const QString path = writeFile(QByteArray("abc\r\n"));
     ASSERT_TRUE(view_->openPath(path));
