@@ -30,6 +30,7 @@ namespace {
 
 constexpr int kUntitledTitle = 35032;
 constexpr int kMessageMacroPlaying = 40008;
+constexpr int kMessageCannotTakeFile = 40013;
 
 } // namespace
 
@@ -152,6 +153,28 @@ bool CMainFrame::openPath(const QString& path) {
         return false;
     recentFiles_->add(path);
     return true;
+}
+
+void CMainFrame::receiveHandover(const QString& path) {
+    if (isMinimized())
+        showNormal();
+    show();
+    raise();
+    activateWindow();
+    if (path.isEmpty())
+        return;
+    // With a dialog open the text is not the active view: opening a file under it would pull
+    // the document away from the dialog's feet.
+    if (QApplication::activeModalWidget() != nullptr) {
+        MessageRequest request;
+        request.id = kMessageCannotTakeFile;
+        request.icon = MessageIcon::Stop;
+        request.topmost = true;
+        request.parent = this;
+        ShowMessage(request);
+        return;
+    }
+    openPath(path);
 }
 
 void CMainFrame::openRecentFile(int index) {

@@ -34,6 +34,11 @@ public:
     // used.
     bool openPath(const QString& path);
 
+    // A file handed over by a later start: the window comes to the front and opens it, unless
+    // a dialog stands in front of the text (the user is told to open it from the menu). An
+    // empty path only brings the window to the front.
+    void receiveHandover(const QString& path);
+
     // The tap-and-hold menu for the view's current selection, at position (active control
     // coordinates). Returns the menu shown.
     QMenu* showContextMenu(QPoint position);

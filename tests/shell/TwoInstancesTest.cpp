@@ -10,6 +10,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -31,20 +32,22 @@ protected:
         }
     }
 
-    // An instance of the program opening the text, with a run-time folder of its own so that
-    // each is a program of its own.
-    QProcess& start() {
+    // A start of the program opening file (the shared text by default). With a run-time folder
+    // of its own each start is an instance of its own; starts that share one are one instance.
+    QProcess& start(const QString& runtimeName = QString(), const QString& file = QString()) {
         auto& process = *processes_.emplace_back(std::make_unique<QProcess>());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir_.path());
         environment.insert(QStringLiteral("KORVEL_MESSAGE_LOG"), log_);
-        const QString runtime = dir_.filePath(QString::number(processes_.size()));
+        const QString runtime =
+            dir_.filePath(runtimeName.isEmpty() ? QString::number(processes_.size()) : runtimeName);
         QDir().mkpath(runtime);
         QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
         process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(KORVEL_EDITOR_PROGRAM), {text_});
+        process.setWorkingDirectory(dir_.path());
+        process.start(QStringLiteral(KORVEL_EDITOR_PROGRAM), {file.isEmpty() ? text_ : file});
         EXPECT_TRUE(process.waitForStarted());
         return process;
     }
@@ -55,6 +58,11 @@ protected:
         return list->childKeys();
     }
     bool holds(qint64 process) const { return holders().contains(QString::number(process)); }
+    QString heldBy(qint64 process) const {
+        const auto list = store_.openGroup(kOpenDocsGroup);
+        list->sync();
+        return list->value(QString::number(process)).toString();
+    }
     QStringList logged() const {
         QFile log(log_);
         return log.open(QIODevice::ReadOnly)
@@ -89,6 +97,42 @@ TEST_F(TwoInstancesTest, TheSecondIsWarnedUntilTheFirstIsGone) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return holds(thirdId); }, 20000));
     EXPECT_FALSE(holds(firstId));
     EXPECT_EQ(logged().size(), 1);
+}
+
+// A later start hands its file, named relative to where it was started, to the instance and
+// ends; the instance has it open.
+TEST_F(TwoInstancesTest, ALaterStartHandsItsFileOverAndEnds) {
+    const qint64 first = start(QStringLiteral("shared")).processId();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return holds(first); }, 20000));
+    QFile other(dir_.filePath(QStringLiteral("other.txt")));
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+    other.write("other\r\n");
+    other.close();
+    QProcess& later = start(QStringLiteral("shared"), QStringLiteral("other.txt"));
+    ASSERT_TRUE(later.waitForFinished(20000));
+    EXPECT_EQ(later.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(later.exitCode(), 0);
+    EXPECT_EQ(heldBy(first), dir_.filePath(QStringLiteral("other.txt")));
+}
+
+// Starts at the same moment end with exactly one instance; the others hand over and end.
+TEST_F(TwoInstancesTest, StartsAtTheSameMomentLeaveOneInstance) {
+    QList<QProcess*> starts;
+    for (int i = 0; i < 3; ++i)
+        starts << &start(QStringLiteral("together"));
+    const auto ended = [&] {
+        return std::count_if(starts.begin(), starts.end(), [](QProcess* process) {
+            return process->state() == QProcess::NotRunning;
+        });
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ended() == 2; }, 20000));
+    QTest::qWait(500); // the one left keeps running
+    EXPECT_EQ(ended(), 2);
+    for (QProcess* process : starts) {
+        if (process->state() == QProcess::NotRunning) {
+            EXPECT_EQ(process->exitCode(), 0);
+        }
+    }
 }
 
 } // namespace
