@@ -64,7 +64,6 @@ bool CEditer::loadDocument(const QString& path, TextEncoding& encoding, LineEndi
     replaceText(loaded->text);
     encoding = loaded->encoding;
     lineEnding = loaded->lineEnding;
-    fileTime_ = ReadFileTime(path);
     if (checkOpenElsewhere && openDocuments_.IsOpenElsewhere(path)) {
         // A warning only: the user may well mean to read the file twice.
         MessageRequest request;
@@ -87,6 +86,8 @@ void CEditer::replaceText(std::u16string_view text) {
 }
 
 void CEditer::adoptDocument(const QString& path, TextEncoding encoding, LineEnding lineEnding) {
+    // The time goes with the path: an outside change is judged against this file's.
+    fileTime_ = ReadFileTime(path);
     path_ = path;
     encoding_ = encoding;
     lineEnding_ = lineEnding;
@@ -234,7 +235,6 @@ bool CEditer::newDocument() {
         return false;
     replaceText(std::u16string_view());
     openDocuments_.UnregisterOpenDocument();
-    fileTime_ = {};
     adoptDocument(QString(), TextEncoding::ShiftJis, LineEnding::CrLf);
     return true;
 }
@@ -277,7 +277,8 @@ void CEditer::checkExternalChange() {
     // way to the file's, without the question about saving them.
     TextEncoding encoding = encoding_;
     LineEnding lineEnding = lineEnding_;
-    loadDocument(path_, encoding, lineEnding, false);
+    if (loadDocument(path_, encoding, lineEnding, false))
+        adoptDocument(path_, encoding, lineEnding); // the line ending found in the new text
 }
 
 } // namespace korvel

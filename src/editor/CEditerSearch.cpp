@@ -58,6 +58,7 @@ public:
     }
 
     void replaceRange(std::size_t start, std::size_t end, std::u16string_view text) override {
+        const WaitCursor waitCursor;
         QTextCursor cursor = cursorFor(start, end);
         InsertEditorText(cursor, text);
         control_->setTextCursor(cursor);
@@ -93,7 +94,6 @@ bool CEditer::find(const QString& text, bool towardsStart, bool ignoreCase, Find
 
 bool CEditer::replaceAll(const QString& text, const QString& replacement, bool ignoreCase) {
     ActiveControlTarget target(*this);
-    const WaitCursor waitCursor;
     return SearchEngine(target).replaceAll(View(text), View(replacement), ignoreCase);
 }
 
@@ -113,7 +113,7 @@ void CEditer::record(const RecordedCommand& command) {
 }
 
 int CEditer::caretLine() const {
-    return activeControl()->textCursor().block().blockNumber();
+    return document_->findBlock(activeControl()->textCursor().selectionStart()).blockNumber();
 }
 
 int CEditer::lineCount() const {
@@ -125,10 +125,10 @@ void CEditer::goToLine(int line) {
     const QTextBlock block = document_->findBlockByNumber(line);
     if (!block.isValid())
         return;
-    ScrollRowTo(control, block.position(), kJumpRowsFromTop);
-    QTextCursor cursor(block);
-    control->setTextCursor(cursor);
+    // Showing the line first lays out the lines around it, whose rows the scrolling counts.
+    control->setTextCursor(QTextCursor(block));
     control->ensureCursorVisible();
+    ScrollRowTo(control, block.position(), kJumpRowsFromTop);
 }
 
 void CEditer::jump() {

@@ -141,7 +141,7 @@ std::optional<FileInfoChoice> RunFileInfoDialog(const QString& path, TextEncodin
     std::optional<qint64> size;
     QDateTime time;
     const QFileInfo file(path);
-    if (!path.isEmpty() && file.isFile()) {
+    if (!path.isEmpty() && file.isFile() && file.isReadable()) {
         size = file.size();
         time = file.lastModified();
     }

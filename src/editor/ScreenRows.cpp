@@ -37,7 +37,17 @@ void ScrollRowTo(QPlainTextEdit* control, int position, int rowFromTop) {
     int row = 0;
     if (const QTextLayout* layout = block.layout(); layout != nullptr && layout->lineCount() > 0)
         row = std::max(0, layout->lineForTextPosition(position - block.position()).lineNumber());
-    control->verticalScrollBar()->setValue(block.firstLineNumber() + row - rowFromTop);
+    QScrollBar* bar = control->verticalScrollBar();
+    bar->setValue(block.firstLineNumber() + row - rowFromTop);
+    // Lines above the top that were never laid out count as one row each; now that the place is
+    // on screen, its row there settles what is left.
+    for (int step = 0; step < 3; ++step) {
+        const int off = RowOnScreen(control, position) - rowFromTop;
+        const int before = bar->value();
+        bar->setValue(before + off);
+        if (off == 0 || bar->value() == before)
+            return;
+    }
 }
 
 } // namespace korvel

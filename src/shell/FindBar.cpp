@@ -38,9 +38,16 @@ FindBar::FindBar(QWidget* parent) : QWidget(parent), text_(new QLineEdit(this)) 
 }
 
 bool FindBar::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == text_ &&
-        HandleBarKey(
-            event, [this] { emit findTowardsEnd(); }, [this] { emit closeRequested(); }))
+    if (watched == text_ && HandleBarKey(
+                                event,
+                                [this] {
+                                    // The match is selected in the text, but the typing stays here:
+                                    // a second Enter finds the next one instead of typing over this
+                                    // one.
+                                    emit findTowardsEnd();
+                                    text_->setFocus();
+                                },
+                                [this] { emit closeRequested(); }))
         return true;
     return QWidget::eventFilter(watched, event);
 }

@@ -58,9 +58,15 @@ ReplaceBar::ReplaceBar(QWidget* parent)
 }
 
 bool ReplaceBar::eventFilter(QObject* watched, QEvent* event) {
-    if ((watched == find_ || watched == replacement_) &&
+    auto* box = qobject_cast<QLineEdit*>(watched);
+    if ((box == find_ || box == replacement_) &&
         HandleBarKey(
-            event, [this] { emit findNext(); }, [this] { emit closeRequested(); }))
+            event,
+            [this, box] {
+                emit findNext(); // as in the find bar, the typing stays in the box
+                box->setFocus();
+            },
+            [this] { emit closeRequested(); }))
         return true;
     return QWidget::eventFilter(watched, event);
 }

@@ -115,11 +115,16 @@ TEST_F(ViewSearchTest, ReplaceAllIsOneUndoStep) {
 }
 
 // Jump: the caret at the start of the line, the line 3 rows below the top; lines are the
-// file's lines however they wrap.
+// file's lines however long they are and however they wrap.
 TEST_F(ViewSearchTest, JumpPutsTheLineThreeRowsDown) {
-    setLines(300);
-    control()->moveCursor(QTextCursor::End);
-    EXPECT_EQ(view_->caretLine(), 299);
+    QStringList lines;
+    for (int i = 1; i <= 300; ++i)
+        lines << QStringLiteral("line %1 ").arg(i).repeated(i % 3 == 0 ? 20 : 1);
+    setText(lines.join(QStringLiteral("\r\n")));
+    QTextCursor selection(view_->document()->findBlockByNumber(2));
+    selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    control()->setTextCursor(selection);
+    EXPECT_EQ(view_->caretLine(), 2); // the selection's start
     EXPECT_EQ(view_->lineCount(), 300);
     WhenDialogShows<JumpDialog>([](JumpDialog& dialog) {
         dialog.lineEdit()->setText(QStringLiteral("150"));
@@ -130,7 +135,9 @@ TEST_F(ViewSearchTest, JumpPutsTheLineThreeRowsDown) {
     EXPECT_EQ(caret.blockNumber(), 149);
     EXPECT_EQ(caret.positionInBlock(), 0);
     EXPECT_FALSE(caret.hasSelection());
-    EXPECT_EQ(caret.blockNumber() - topLine(), 3);
+    // Three rows above it on screen, whichever lines they belong to.
+    const int rowHeight = control()->cursorRect().height();
+    EXPECT_EQ(control()->cursorRect().top() / rowHeight, 3);
 }
 
 TEST(JumpDialog, TicksFollowTheLineCountAndOnlyALineIsTaken) {
@@ -219,7 +226,7 @@ TEST_F(ViewSearchTest, FileInformationListsAndSizes) {
 }
 
 TEST_F(ViewSearchTest, AnOutsideChangeIsOfferedOnceAndReloads) {
-    const QString path = writeFile(QByteArray("old"));
+    const QString path = writeFile(QByteArray("old\r\n"));
     ASSERT_TRUE(view_->openPath(path));
     view_->checkExternalChange(); // unchanged: nothing asked
     const auto touch = [&](const QByteArray& bytes, int second) {
@@ -235,12 +242,13 @@ TEST_F(ViewSearchTest, AnOutsideChangeIsOfferedOnceAndReloads) {
         view_->checkExternalChange(); // the same change is not offered again
         EXPECT_EQ(messages.shownIds(), QList<int>{33038});
     }
-    EXPECT_EQ(EditorText(*view_->document()), u"old");
-    touch("newer", 2);
+    EXPECT_EQ(EditorText(*view_->document()), u"old\r\n");
+    touch("newer\nlf", 2);
     QTest::keyClicks(control(), QStringLiteral("x")); // unsaved changes give way unasked
     ScriptedMessageService messages{Answer::Yes};
     view_->checkExternalChange();
-    EXPECT_EQ(EditorText(*view_->document()), u"newer");
+    EXPECT_EQ(EditorText(*view_->document()), u"newer\r\nlf");
+    EXPECT_EQ(view_->lineEnding(), LineEnding::Lf); // what the next save writes
     EXPECT_FALSE(view_->isModified());
     // A file that went away is never offered.
     ASSERT_TRUE(QFile::remove(path));

@@ -82,6 +82,32 @@ TEST_F(SearchBarsTest, FindKeyOpensTheBarWithTheSelectionAndSearches) {
     key(Qt::Key_Q);
     EXPECT_FALSE(replaceBar()->isVisible());
     EXPECT_TRUE(view()->activeControl()->hasFocus());
+    // In an open find bar, Ctrl+B fills an empty box from the selection and searches back; "×"
+    // gives the focus back to the text.
+    frame_->commands().run(command::Find);
+    findBar()->textEdit()->clear();
+    select(6, 8); // the second "ab"
+    key(Qt::Key_B);
+    EXPECT_EQ(findBar()->textEdit()->text(), QStringLiteral("ab"));
+    EXPECT_EQ(view()->activeControl()->textCursor().selectionStart(), 0);
+    findBar()->closeButton()->click();
+    EXPECT_FALSE(findBar()->isVisible());
+    EXPECT_TRUE(view()->activeControl()->hasFocus());
+}
+
+// Enter in the box searches on and keeps the typing in the box, so a second Enter finds the
+// next match instead of replacing this one with a line break.
+TEST_F(SearchBarsTest, EnterInTheBoxSearchesOnAndKeepsTheBox) {
+    ScriptedMessageService messages;
+    frame_->commands().run(command::Find);
+    QLineEdit* box = findBar()->textEdit();
+    box->setText(QStringLiteral("ab"));
+    select(0, 0);
+    QTest::keyClick(box, Qt::Key_Return);
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_TRUE(box->hasFocus());
+    EXPECT_EQ(EditorText(*view()->document()), u"ab\r\ncd ab AB");
+    EXPECT_EQ(view()->activeControl()->textCursor().selectionStart(), 6);
 }
 
 // Each button with an empty box says so and puts the focus in the box.
