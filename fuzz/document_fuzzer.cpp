@@ -6,6 +6,7 @@
 #include "FuzzCheck.h"
 #include "document/DocumentBytes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -28,15 +29,6 @@ constexpr TextEncoding kSaveEncodings[] = {TextEncoding::ShiftJis, TextEncoding:
                                            TextEncoding::Euc,      TextEncoding::Unicode,
                                            TextEncoding::Utf8,     TextEncoding::Utf8N};
 constexpr char16_t kSubstitute = 0xFFFD;
-
-bool IsSaveEncoding(TextEncoding encoding) {
-    for (const TextEncoding save : kSaveEncodings) {
-        if (save == encoding) {
-            return true;
-        }
-    }
-    return false;
-}
 
 // Unicode and UTF-8 carry every code unit; Shift_JIS carries every character it decoded, which
 // excludes the substitutes of undecodable bytes. JIS and EUC go through Shift_JIS by row-cell
@@ -73,7 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const korvel::DecodedDocument loaded = korvel::DecodeDocumentBytes(file, requested);
     Require(loaded.status == CodecOk, "any file loads");
-    Require(IsSaveEncoding(loaded.encoding), "a file is read in a code set it can be saved in");
+    Require(std::ranges::find(kSaveEncodings, loaded.encoding) != std::end(kSaveEncodings),
+            "a file is read in a code set it can be saved in");
     Require(loaded.lineEnding == LineEnding::CrLf || loaded.lineEnding == LineEnding::Cr ||
                 loaded.lineEnding == LineEnding::Lf,
             "a file is read with a line ending it can be saved with");
