@@ -24,11 +24,10 @@ namespace {
 namespace fs = std::filesystem;
 
 std::vector<fs::path> InputsIn(const fs::path& argument) {
-    std::vector<fs::path> inputs;
     if (!fs::is_directory(argument)) {
-        inputs.push_back(argument);
-        return inputs;
+        return {argument};
     }
+    std::vector<fs::path> inputs;
     for (const fs::directory_entry& entry : fs::directory_iterator(argument)) {
         if (entry.is_regular_file()) {
             inputs.push_back(entry.path());

@@ -60,6 +60,13 @@ def main():
                 # In place of the last byte of a character, where the block masks must see it.
                 seed = ASCII + head[:-1] + bytes([byte]) + tail
                 (folder / f"{name}-last-{byte:02x}").write_bytes(seed)
+    # A UTF-8 sequence one continuation byte short, among two-byte characters only, so that the
+    # block that holds it has nothing else wrong with it.
+    latin = "Ünïcödé ßträße àéîõü ".encode("utf-8")
+    for lead in (b"\xc3", b"\xe3\x81", b"\xf0\x9f\x98", b"\xf8\x88\x80\x80",
+                 b"\xfc\x84\x80\x80\x80"):
+        seed = ASCII + latin + lead + b"A" + latin * 3
+        (folder / f"utf8-short-{lead[0]:02x}").write_bytes(seed)
     (folder / "tokens").write_bytes(ASCII + TOKENS)
     (folder / "tokens-reversed").write_bytes(ASCII + TOKENS[::-1])
 

@@ -29,23 +29,20 @@ struct OracleTables {
 
 std::unique_ptr<OracleTables> AskIconv() {
     auto tables = std::make_unique<OracleTables>();
-    for (std::uint32_t unit = 0; unit < 0x10000; ++unit) {
-        const std::uint8_t le[2] = {static_cast<std::uint8_t>(unit),
-                                    static_cast<std::uint8_t>(unit >> 8)};
-        if (unit < 0xD800 || unit > 0xDFFF) {
-            tables->encode[unit] = Iconv("CP932", "UTF-16LE", le);
-        }
-    }
     tables->decode.fill(kNoChar);
-    for (unsigned code = 0; code < 0x10000; ++code) {
-        const std::uint8_t pair[2] = {static_cast<std::uint8_t>(code >> 8),
-                                      static_cast<std::uint8_t>(code)};
-        const bool single = code < 0x100 && !IsLead(pair[1]);
-        if (!single && !(IsLead(pair[0]) && IsTrail(pair[1]))) {
-            continue;
+    for (std::uint32_t code = 0; code < 0x10000; ++code) {
+        const auto low = static_cast<std::uint8_t>(code);
+        const auto high = static_cast<std::uint8_t>(code >> 8);
+        const std::uint8_t unit[2] = {low, high};
+        const std::uint8_t pair[2] = {high, low};
+        if (code < 0xD800 || code > 0xDFFF) {
+            tables->encode[code] = Iconv("CP932", "UTF-16LE", unit);
         }
+        const bool single = high == 0 && !IsLead(low);
         const std::optional<Bytes> out =
-            Iconv("UTF-16LE", "CP932", single ? ByteView(pair + 1, 1) : ByteView(pair));
+            single || (IsLead(high) && IsTrail(low))
+                ? Iconv("UTF-16LE", "CP932", single ? ByteView(pair + 1, 1) : ByteView(pair))
+                : std::nullopt;
         if (out && out->size() == 2) {
             tables->decode[code] = static_cast<std::uint16_t>((*out)[0] | (*out)[1] << 8);
         }

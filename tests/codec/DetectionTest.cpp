@@ -2,11 +2,11 @@
 
 #include "ConverterHarness.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
-// The detection rules case by case. The fast paths are held against a literal reading of the
-// same rules by the detection fuzz target, over its seeds cut at every length.
+// The detection rules case by case, through the verdicts they lead to. Each detector on its own
+// is held against a literal reading of its rules by the detection fuzz target, over seeds cut
+// at every length.
 
 namespace korvel {
 namespace {
@@ -14,15 +14,15 @@ namespace {
 using testing::ExactCopy;
 using testing::ViewOf;
 
-struct EncodingRow {
+template <typename Verdict> struct Row {
     const char* name;
     std::string_view bytes;
-    TextEncoding expected;
+    Verdict expected;
 };
 
 TEST(DetectTextEncoding, DecidesByTheFirstRuleThatFits) {
     using enum TextEncoding;
-    const EncodingRow rows[] = {
+    const Row<TextEncoding> rows[] = {
         {"empty", "", Undetermined},
         {"mark-then-euc", "\xEF\xBB\xBF\xA1\xA2", Euc},
         {"mark-then-shift-jis-is-not-tried", "\xEF\xBB\xBF\x81\x40", Undetermined},
@@ -38,68 +38,25 @@ TEST(DetectTextEncoding, DecidesByTheFirstRuleThatFits) {
         {"zero-before-escape", std::string_view("\x00\x1B$", 3), Unicode},
         {"escape-before-zero", std::string_view("\x1B$\x00", 3), Jis},
         {"shift-jis", "\x82\xA0", ShiftJis},
+        {"shift-jis-lead-cut-at-the-end", "abc\x82", ShiftJis},
+        {"shift-jis-trail-out-of-range-then-euc", "\xA1\xFE\x81\x7F", Undetermined},
+        {"del-is-no-shift-jis-or-euc", "\x82\xA0\x7F", Undetermined},
+        {"euc-pair-cut-at-the-end", "\xF2", Euc},
+        {"euc-katakana-out-of-range", "\xFE\xA1\x8E\xE0", Undetermined},
+        {"euc-katakana-and-triple", "\xF2\xA1\x8E\xA1\x8F\xA1\xFE", Euc},
+        {"euc-triple-cut-after-two", "\xFE\xA1\x8F\xA1", Undetermined},
         {"euc-that-also-fits-shift-jis", "\xA4\xA2", ShiftJis},
         {"euc-beyond-shift-jis", "\xF2\xA1", Euc},
     };
-    for (const EncodingRow& row : rows) {
+    for (const auto& row : rows) {
         ExactCopy input(ViewOf(row.bytes));
         EXPECT_EQ(DetectTextEncoding(input.data(), input.size()), row.expected) << row.name;
     }
 }
 
-struct ValidityRow {
-    const char* name;
-    std::string_view bytes;
-    bool utf8;
-    bool shiftJis;
-    bool euc;
-};
-
-// asciiOnly is the one output beside the verdicts: it tells AsciiOnly from Utf8N.
-TEST(TextValidity, EachCodeSetKnowsItsOwnBytes) {
-    const ValidityRow rows[] = {
-        {"empty", "", true, true, true},
-        {"tab-cr-lf", "a~\t\r\n", true, true, true},
-        {"del-is-utf8-text-only", "\x7F", true, false, false},
-        {"nul", std::string_view("a\0", 2), false, false, false},
-        {"escape", "\x1B", false, false, false},
-        {"utf8-encoded-surrogate", "\xED\xA0\xBD", true, true, false},
-        {"utf8-cut-reads-the-zero-behind", "\xE3\x81", false, true, false},
-        {"utf8-bad-continuation", "\xE3\x41\x82", false, true, false},
-        {"katakana-edges", "\xA1\xDF", false, true, true},
-        {"lead-edges", "\x81\x40\x9F\xFC\xE0\x80\xEF\x7E", false, true, false},
-        {"lead-cut-at-the-end", "a\x81", false, true, false},
-        {"trail-7f", "\x81\x7F", false, false, false},
-        {"lead-then-lf", "\x81\n", false, false, false},
-        {"user-defined-lead", "\xF0\x40", false, false, false},
-        {"euc-pair-edges", "\xA1\xFE\xFE\xA1", false, false, true},
-        {"euc-pair-cut-at-the-end", "a\xFE", false, false, true},
-        {"euc-katakana", "\x8E\xA1\x8E\xDF", false, true, true},
-        {"euc-katakana-mark-at-the-end", "\x8E", false, true, false},
-        {"euc-triple", "\x8F\xA1\xFE", false, false, true},
-        {"euc-triple-cut-after-two", "\x8F\xA1", false, true, false},
-    };
-    for (const ValidityRow& row : rows) {
-        ExactCopy input(ViewOf(row.bytes));
-        bool asciiOnly = false;
-        EXPECT_EQ(IsUtf8Text(input.data(), input.size(), &asciiOnly), row.utf8) << row.name;
-        const bool highByte = std::ranges::any_of(
-            row.bytes, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-        EXPECT_TRUE(!row.utf8 || asciiOnly != highByte) << row.name;
-        EXPECT_EQ(IsShiftJisText(input.data(), input.size()), row.shiftJis) << row.name;
-        EXPECT_EQ(IsEucText(input.data(), input.size()), row.euc) << row.name;
-    }
-}
-
-struct LineEndingRow {
-    const char* name;
-    std::string_view bytes;
-    LineEnding expected;
-};
-
 TEST(DetectLineEnding, WeighsCrLfPairsAgainstLoneBreaks) {
     using enum LineEnding;
-    const LineEndingRow rows[] = {
+    const Row<LineEnding> rows[] = {
         {"empty", "", NoLineBreak},
         {"mostly-cr", "a\rb\rc\r\n", Cr},
         {"mostly-lf", "a\r\nb\nc\nd\n", Lf},
@@ -112,7 +69,7 @@ TEST(DetectLineEnding, WeighsCrLfPairsAgainstLoneBreaks) {
         {"utf16-pair-cut-before-its-last-byte", std::string_view("\r\0\n", 3), CrLf},
         {"utf16-cr-then-other-unit", std::string_view("\r\0\n\x01", 4), Cr},
     };
-    for (const LineEndingRow& row : rows) {
+    for (const auto& row : rows) {
         ExactCopy input(ViewOf(row.bytes));
         EXPECT_EQ(DetectLineEnding(input.data(), input.size()), row.expected) << row.name;
     }

@@ -50,9 +50,8 @@ TEST(HalfKanaToFullWidth, EveryKatakanaWithEveryFollowingByte) {
                                        static_cast<std::uint8_t>(next)};
             ASSERT_EQ(HalfKanaToFullWidth(scratch), voiced || semiVoiced ? 1 : 0)
                 << kana << "+" << next;
-            ASSERT_EQ(reference::DecodeCp932(scratch), fullWidth[kana - 0xA1] + (voiced       ? 1
-                                                                                 : semiVoiced ? 2
-                                                                                              : 0))
+            const int mark = voiced ? 1 : semiVoiced ? 2 : 0;
+            ASSERT_EQ(reference::DecodeCp932(scratch), fullWidth[kana - 0xA1] + mark)
                 << kana << "+" << next;
         }
     }
@@ -74,27 +73,24 @@ TEST(JisToShiftJis, FollowsTheEscapes) {
     ExpectRows(rows, JisToShiftJis);
 }
 
-TEST(EucToShiftJis, ConvertsKatakanaAndMarksJisX0212) {
-    const ConversionRow rows[] = {
+// Katakana and the supplementary set are the bytes EUC has beside the JIS X 0208 pairs.
+TEST(EucConversion, KatakanaJisX0212AndBytesOfNoRange) {
+    const ConversionRow toShiftJis[] = {
         {"katakana", "\x8E\xB1", "\xB1"},
         {"jis-x-0212-uses-two-bytes-only", "\x8F\xB0\xA1\x41", "\x81\xA1\x81\x60"},
-        {"ascii-and-breaks", "A\r\n", "A\r\n"},
         {"c1-byte-copied", "\x80", "\x80"},
     };
-    ExpectRows(rows, EucToShiftJis);
-}
-
-TEST(ShiftJisToEuc, ConvertsKatakanaAndCopiesBytesOfNoRange) {
-    const ConversionRow rows[] = {
+    ExpectRows(toShiftJis, EucToShiftJis);
+    const ConversionRow fromShiftJis[] = {
         {"katakana", "\xB1", "\x8E\xB1"},
-        {"ascii-and-breaks", "A\r\n", "A\r\n"},
         {"bytes-of-no-range-copied", "\x80\xA0\xF0\xFF", "\x80\xA0\xF0\xFF"},
     };
-    ExpectRows(rows, ShiftJisToEuc);
+    ExpectRows(fromShiftJis, ShiftJisToEuc);
 }
 
-TEST(ShiftJisToJis, HalfWidthKatakanaBecomesFullWidthInModeZero) {
-    const ConversionRow rows[] = {
+// Mode 1 keeps half-width katakana; any other mode makes them full width, merging sound marks.
+TEST(ShiftJisToJis, EscapesEachStretchAndHandlesKatakanaByMode) {
+    const ConversionRow fullWidth[] = {
         {"merged-voiced", "\xB6\xDE", "\x1B$B%,\x1B(B"},
         {"u-and-dakuten-stay-two", "\xB3\xDE", "\x1B$B%&!+\x1B(B"},
         {"ascii-needs-no-escape", "A\r\n", "A\r\n"},
@@ -102,17 +98,14 @@ TEST(ShiftJisToJis, HalfWidthKatakanaBecomesFullWidthInModeZero) {
         {"kana-and-kanji-share-a-stretch", "\xB1\x82\xA0", "\x1B$B%\"$\"\x1B(B"},
         {"byte-of-no-range-copied", "\x82\xA0\xF0", "\x1B$B$\"\x1B(B\xF0"},
     };
-    ExpectRows(rows, ShiftJisToJis, 0);
-    ExpectRows(rows, ShiftJisToJis, 2);
-}
-
-TEST(ShiftJisToJis, ModeOneKeepsHalfWidthKatakana) {
-    const ConversionRow rows[] = {
+    ExpectRows(fullWidth, ShiftJisToJis, 0);
+    ExpectRows(fullWidth, ShiftJisToJis, 2);
+    const ConversionRow kept[] = {
         {"voiced-kept-as-two", "\xB6\xDE", "\x1B(I6^\x1B(B"},
         {"katakana-then-kanji", "\xB1\x82\xA0", "\x1B(I1\x1B$B$\"\x1B(B"},
         {"katakana-then-ascii", "\xB1z", "\x1B(I1\x1B(Bz"},
     };
-    ExpectRows(rows, ShiftJisToJis, 1);
+    ExpectRows(kept, ShiftJisToJis, 1);
 }
 
 struct GarbledRow {

@@ -1,12 +1,14 @@
-#include "codec/ShiftJisConversion.h"
-
 #include "ConverterHarness.h"
+#include "codec/ShiftJisConversion.h"
+#include "codec/Utf8Conversion.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 
-// Every code both ways against glibc's CP932, and the editor's own reading rules in context.
-// The fast paths meet the same oracle over the fuzz seeds cut at every length.
+// Text to and from Shift_JIS and UTF-8: every code both ways against glibc, and the editor's own
+// quirks case by case. The fast paths meet the same judges (and a byte-wise reading of the
+// UTF-8 rules) in the fuzz target, over its seeds cut at every length; surrogates go through
+// UTF-8 as code units of their own there.
 
 namespace korvel {
 namespace {
@@ -19,7 +21,7 @@ using testing::ViewOf;
 
 struct DecodeRow {
     const char* name;
-    std::string_view shiftJis;
+    std::string_view bytes;
     std::u16string_view expected;
 };
 
@@ -31,11 +33,9 @@ TEST(ShiftJisToUnicode, SubstitutesWhatCp932CannotDecode) {
         {"lead-takes-a-lead-byte-as-trail", "\x81\x82\xA0", u"\u2260\uFFFD"},
         {"lead-at-the-end", "a\x82", u"a\uFFFD"},
         {"unassigned-pair-is-one-substitute", "\x85\x40z", u"\uFFFDz"},
-        {"nul-is-a-character", std::string_view("a\0b", 3), std::u16string_view(u"a\0b", 3)},
     };
     for (const DecodeRow& row : rows) {
-        EXPECT_EQ(Hex(UnitsOf(Convert(ShiftJisToUnicode, ViewOf(row.shiftJis), 2))),
-                  Hex(row.expected))
+        EXPECT_EQ(Hex(UnitsOf(Convert(ShiftJisToUnicode, ViewOf(row.bytes), 2))), Hex(row.expected))
             << row.name;
     }
 }
@@ -48,7 +48,6 @@ struct EncodeRow {
 
 TEST(UnicodeToShiftJis, WritesOneQuestionMarkPerCharacterCp932Lacks) {
     const EncodeRow rows[] = {
-        {"e-acute", u"a\u00E9b", "a?b"},
         {"lone-high-surrogate", u"\xD83Dx", "?x"},
         {"lone-low-surrogate", u"\xDE00", "?"},
         {"surrogate-pair-is-one-character", u"\xD83D\xDE00", "?"},
@@ -98,6 +97,42 @@ TEST(ShiftJisToUnicode, EveryCp932CodeAgreesWithIconv) {
         FAIL() << "unit " << unit << " is " << Hex(out.substr(unit, 1)) << ", expected "
                << Hex(expected.substr(unit, 1));
     }
+}
+
+TEST(Utf8ToUnicode, DecodesByLeadLengthWithoutTestingContinuations) {
+    const DecodeRow rows[] = {
+        {"four-byte-becomes-black-square", "\xF0\x9F\x98\x80", u"\u25A0"},
+        {"five-and-six-byte",
+         "\xF8\x88\x80\x80\x80\xFC\x84\x80\x80\x80\x80"
+         "a",
+         u"\u25A0\u25A0a"},
+        {"stray-continuation-dropped", "\x80\x41", u"A"},
+        {"fe-ff-dropped", "\xFE\x41\xFF", u"A"},
+        {"continuation-not-tested", "\xC3\x41z", u"\u00C1z"},
+        {"overlong-nul", "\xC0\x80", std::u16string_view(u"\0", 1)},
+        {"encoded-surrogates-kept", "\xED\xA0\xBD\xED\xB8\x80", u"\xD83D\xDE00"},
+        {"mark-kept", "\xEF\xBB\xBF", u"\uFEFF"},
+        {"cut-three-byte-reads-zeros", "a\xE3\x81", u"a\u3040"},
+        {"cut-lead-reads-zeros", "\xE3", u"\u3000"},
+        {"cut-six-byte-swallows-the-rest", "\xFC\x41\x42", u"\u25A0"},
+    };
+    for (const DecodeRow& row : rows) {
+        EXPECT_EQ(Hex(UnitsOf(Convert(Utf8ToUnicode, ViewOf(row.bytes), 2))), Hex(row.expected))
+            << row.name;
+    }
+}
+
+// Every BMP character in one text, through the encoder and back through the decoder.
+TEST(Utf8Conversion, EveryBmpCharacterAgreesWithIconvBothWays) {
+    std::u16string text;
+    for (std::uint32_t unit = 0; unit < 0x10000; ++unit) {
+        if (unit < 0xD800 || unit > 0xDFFF) {
+            text.push_back(static_cast<char16_t>(unit));
+        }
+    }
+    const Bytes utf8 = Convert(UnicodeToUtf8, ViewOf(text), 2);
+    EXPECT_TRUE(utf8 == reference::Iconv("UTF-8", "UTF-16LE", ViewOf(text)));
+    EXPECT_TRUE(UnitsOf(Convert(Utf8ToUnicode, utf8, 2)) == text);
 }
 
 } // namespace
