@@ -59,20 +59,21 @@ const OracleTables& Tables() {
 
 std::optional<Bytes> Iconv(const char* to, const char* from, ByteView input) {
     // One converter per direction for the whole run, set back to its first state for each call.
-    static std::map<std::pair<std::string, std::string>, iconv_t> converters;
-    const auto [entry, added] = converters.try_emplace({to, from});
+    using Converter = std::unique_ptr<void, int (*)(iconv_t)>;
+    static std::map<std::pair<std::string, std::string>, Converter> converters;
+    const auto [entry, added] = converters.try_emplace({to, from}, nullptr, iconv_close);
     if (added) {
-        entry->second = iconv_open(to, from);
+        const iconv_t opened = iconv_open(to, from);
+        entry->second.reset(opened == reinterpret_cast<iconv_t>(-1) ? nullptr : opened);
     }
-    const iconv_t handle = entry->second;
-    if (handle == reinterpret_cast<iconv_t>(-1)) {
+    const iconv_t handle = entry->second.get();
+    if (handle == nullptr) {
         throw std::runtime_error(std::string("iconv cannot convert ") + from + " to " + to);
     }
     iconv(handle, nullptr, nullptr, nullptr, nullptr);
-    Bytes in(input.begin(), input.end());
     Bytes out(input.size() * 4 + 16);
-    char* inPtr = reinterpret_cast<char*>(in.data());
-    std::size_t inLeft = in.size();
+    char* inPtr = const_cast<char*>(reinterpret_cast<const char*>(input.data())); // only read
+    std::size_t inLeft = input.size();
     char* outPtr = reinterpret_cast<char*>(out.data());
     std::size_t outLeft = out.size();
     const bool done =
