@@ -6,6 +6,7 @@
 #include "FuzzCheck.h"
 #include "document/DocumentBytes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,46 +19,21 @@ using korvel::CodecOk;
 using korvel::LineEnding;
 using korvel::TextEncoding;
 using korvel::fuzz::Require;
+using enum korvel::TextEncoding;
 
-constexpr TextEncoding kRequests[] = {TextEncoding::AutoDetect, TextEncoding::ShiftJis,
-                                      TextEncoding::Jis,        TextEncoding::Euc,
-                                      TextEncoding::Utf8,       TextEncoding::Utf8N,
-                                      TextEncoding::Unicode,    TextEncoding::GarbledMail,
-                                      TextEncoding::AsciiOnly,  TextEncoding::Undetermined};
-constexpr TextEncoding kSaveEncodings[] = {TextEncoding::ShiftJis, TextEncoding::Jis,
-                                           TextEncoding::Euc,      TextEncoding::Unicode,
-                                           TextEncoding::Utf8,     TextEncoding::Utf8N};
+constexpr TextEncoding kRequests[] = {AutoDetect, ShiftJis, Jis,         Euc,       Utf8,
+                                      Utf8N,      Unicode,  GarbledMail, AsciiOnly, Undetermined};
+constexpr TextEncoding kSaveEncodings[] = {ShiftJis, Jis, Euc, Unicode, Utf8, Utf8N};
 constexpr char16_t kSubstitute = 0xFFFD;
-
-bool IsSaveEncoding(TextEncoding encoding) {
-    for (const TextEncoding save : kSaveEncodings) {
-        if (save == encoding) {
-            return true;
-        }
-    }
-    return false;
-}
 
 // Unicode and UTF-8 carry every code unit; Shift_JIS carries every character it decoded, which
 // excludes the substitutes of undecodable bytes. JIS and EUC go through Shift_JIS by row-cell
 // arithmetic, which does not give the same bytes back for every Shift_JIS character.
 bool CarriesTextBack(TextEncoding encoding, std::u16string_view text) {
-    switch (encoding) {
-    case TextEncoding::Unicode:
-    case TextEncoding::Utf8:
-    case TextEncoding::Utf8N:
-        return true;
-    case TextEncoding::ShiftJis:
+    if (encoding == ShiftJis) {
         return text.find(kSubstitute) == std::u16string_view::npos;
-    default:
-        return false;
     }
-}
-
-std::vector<std::uint8_t> FileOf(const korvel::EncodedDocument& saved) {
-    std::vector<std::uint8_t> file(saved.mark.begin(), saved.mark.end());
-    file.insert(file.end(), saved.body.begin(), saved.body.end());
-    return file;
+    return encoding == Unicode || encoding == Utf8 || encoding == Utf8N;
 }
 
 } // namespace
@@ -73,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const korvel::DecodedDocument loaded = korvel::DecodeDocumentBytes(file, requested);
     Require(loaded.status == CodecOk, "any file loads");
-    Require(IsSaveEncoding(loaded.encoding), "a file is read in a code set it can be saved in");
+    Require(std::ranges::find(kSaveEncodings, loaded.encoding) != std::end(kSaveEncodings),
+            "a file is read in a code set it can be saved in");
     Require(loaded.lineEnding == LineEnding::CrLf || loaded.lineEnding == LineEnding::Cr ||
                 loaded.lineEnding == LineEnding::Lf,
             "a file is read with a line ending it can be saved with");
@@ -90,7 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const korvel::EncodedDocument saved =
         korvel::EncodeDocumentText(loaded.text, loaded.encoding, loaded.lineEnding, katakanaMode);
     Require(saved.status == CodecOk, "the text saves as it was loaded");
-    const std::vector<std::uint8_t> savedFile = FileOf(saved);
+    std::vector<std::uint8_t> savedFile(saved.mark.begin(), saved.mark.end());
+    savedFile.insert(savedFile.end(), saved.body.begin(), saved.body.end());
     const korvel::DecodedDocument reloaded =
         korvel::DecodeDocumentBytes(savedFile, loaded.encoding);
     Require(reloaded.status == CodecOk, "the saved file loads");

@@ -10,58 +10,24 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace {
 
 using korvel::fuzz::Require;
-namespace setting = korvel::setting;
+using namespace korvel::setting;
 
+// The font slots and custom colours are read through their own tables below.
 constexpr korvel::IntSetting kIntSettings[] = {
-    setting::COLOR_TEXT,
-    setting::COLOR_BACKGROUND,
-    setting::CUSTOM_COLOR_COUNT,
-    setting::CUSTOM_COLOR1,
-    setting::CUSTOM_COLOR2,
-    setting::CUSTOM_COLOR3,
-    setting::CUSTOM_COLOR4,
-    setting::CUSTOM_COLOR5,
-    setting::FONT1_SIZE,
-    setting::FONT2_SIZE,
-    setting::FONT3_SIZE,
-    setting::FONT4_SIZE,
-    setting::FONT1_BOLD,
-    setting::FONT2_BOLD,
-    setting::FONT3_BOLD,
-    setting::FONT4_BOLD,
-    setting::FONT1_ITALIC,
-    setting::FONT2_ITALIC,
-    setting::FONT3_ITALIC,
-    setting::FONT4_ITALIC,
-    setting::FONT_SIZE,
-    setting::TAB_SIZE,
-    setting::SELECTABLE_CODE_SET,
-    setting::JIS_KATAKANA_MODE,
-    setting::EDIT_AUTO_ARRANGE,
-    setting::FILTER_INDEX,
-    setting::LOAD_DAFAULT_MACRO,
-    setting::LONG_DELAY,
-    setting::SELECT_BY_SINGLE_TAP,
-    setting::STR_ZOOM_METHOD,
-    setting::SHOW_FOLDER_ON_FILE_LIST,
-    setting::FILE_LIST_STYLE,
-};
-
-constexpr korvel::StringSetting kStringSettings[] = {
-    setting::FONT1_NAME,
-    setting::FONT2_NAME,
-    setting::FONT3_NAME,
-    setting::FONT4_NAME,
-    setting::LAST_OPEN_FOLDER,
-    setting::MRU_FOLDER,
-    setting::DEFAULT_MACRO_FILE_NAME,
-};
+    COLOR_TEXT,      COLOR_BACKGROUND,         CUSTOM_COLOR_COUNT, FONT_SIZE,
+    TAB_SIZE,        SELECTABLE_CODE_SET,      JIS_KATAKANA_MODE,  EDIT_AUTO_ARRANGE,
+    FILTER_INDEX,    LOAD_DAFAULT_MACRO,       LONG_DELAY,         SELECT_BY_SINGLE_TAP,
+    STR_ZOOM_METHOD, SHOW_FOLDER_ON_FILE_LIST, FILE_LIST_STYLE};
+constexpr korvel::StringSetting kStringSettings[] = {LAST_OPEN_FOLDER, MRU_FOLDER,
+                                                     DEFAULT_MACRO_FILE_NAME};
 
 // On a tmpfs when there is one: every input is a file written and read back.
 const QString& Folder() {
@@ -88,10 +54,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
     }
     const korvel::SettingsStore store(path);
-    for (const korvel::IntSetting& setting : kIntSettings) {
+    auto requireInRange = [&](const korvel::IntSetting& setting) {
         const int value = store.read(setting);
         Require(value >= setting.minimum && value <= setting.maximum,
                 "an integer setting reads inside its range");
+    };
+    std::ranges::for_each(kIntSettings, requireInRange);
+    std::ranges::for_each(kCustomColors, requireInRange);
+    for (const FontSlotSettings& slot : kFontSlots) {
+        std::ranges::for_each(std::array{slot.size, slot.bold, slot.italic}, requireInRange);
+        static_cast<void>(store.read(slot.name));
     }
     for (const korvel::StringSetting& setting : kStringSettings) {
         static_cast<void>(store.read(setting));

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <iconv.h>
+#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -9,37 +10,13 @@ namespace korvel::reference {
 
 namespace {
 
-class Iconv {
-public:
-    Iconv(const char* to, const char* from) : handle_(iconv_open(to, from)) {
-        if (handle_ == reinterpret_cast<iconv_t>(-1)) {
-            throw std::runtime_error(std::string("iconv cannot convert ") + from + " to " + to);
-        }
-    }
-    Iconv(const Iconv&) = delete;
-    Iconv& operator=(const Iconv&) = delete;
-    ~Iconv() { iconv_close(handle_); }
-
-    // The whole input as one conversion, or nullopt when iconv refuses any of it.
-    std::optional<Bytes> Convert(ByteView input) const {
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-        Bytes in(input.begin(), input.end());
-        Bytes out(input.size() * 4 + 16);
-        char* inPtr = reinterpret_cast<char*>(in.data());
-        std::size_t inLeft = in.size();
-        char* outPtr = reinterpret_cast<char*>(out.data());
-        std::size_t outLeft = out.size();
-        if (iconv(handle_, &inPtr, &inLeft, &outPtr, &outLeft) == static_cast<std::size_t>(-1) ||
-            inLeft != 0) {
-            return std::nullopt;
-        }
-        out.resize(out.size() - outLeft);
-        return out;
-    }
-
-private:
-    iconv_t handle_;
-};
+// Lead bytes 81-9F and E0-FC (the user-defined area F0-F9 included); trails 40-7E and 80-FC.
+constexpr bool IsLead(std::uint8_t b) {
+    return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
+}
+constexpr bool IsTrail(std::uint8_t b) {
+    return b >= 0x40 && b <= 0xFC && b != 0x7F;
+}
 
 constexpr std::uint16_t kNoChar = 0xFFFF; // not a character CP932 decodes to
 
@@ -52,38 +29,22 @@ struct OracleTables {
 
 std::unique_ptr<OracleTables> AskIconv() {
     auto tables = std::make_unique<OracleTables>();
-    const Iconv toCp932("CP932", "UTF-16LE");
-    for (std::uint32_t unit = 0; unit < 0x10000; ++unit) {
-        if (unit >= 0xD800 && unit <= 0xDFFF) {
-            continue;
-        }
-        const std::uint8_t le[2] = {static_cast<std::uint8_t>(unit),
-                                    static_cast<std::uint8_t>(unit >> 8)};
-        tables->encode[unit] = toCp932.Convert(le);
-    }
-
-    const Iconv fromCp932("UTF-16LE", "CP932");
     tables->decode.fill(kNoChar);
-    auto decodeOne = [&](ByteView code) -> std::uint16_t {
-        const std::optional<Bytes> out = fromCp932.Convert(code);
-        if (!out || out->size() != 2) {
-            return kNoChar;
+    for (std::uint32_t code = 0; code < 0x10000; ++code) {
+        const auto low = static_cast<std::uint8_t>(code);
+        const auto high = static_cast<std::uint8_t>(code >> 8);
+        const std::uint8_t unit[2] = {low, high};
+        const std::uint8_t pair[2] = {high, low};
+        if (code < 0xD800 || code > 0xDFFF) {
+            tables->encode[code] = Iconv("CP932", "UTF-16LE", unit);
         }
-        return static_cast<std::uint16_t>((*out)[0] | (*out)[1] << 8);
-    };
-    for (unsigned b = 0; b < 0x100; ++b) {
-        const std::uint8_t code[1] = {static_cast<std::uint8_t>(b)};
-        if (!IsCp932Lead(code[0])) {
-            tables->decode[b] = decodeOne(code);
-        }
-    }
-    for (unsigned lead = 0x81; lead <= 0xFC; ++lead) {
-        for (unsigned trail = 0x40; trail <= 0xFC; ++trail) {
-            const std::uint8_t code[2] = {static_cast<std::uint8_t>(lead),
-                                          static_cast<std::uint8_t>(trail)};
-            if (IsCp932Lead(code[0]) && IsCp932Trail(code[1])) {
-                tables->decode[lead << 8 | trail] = decodeOne(code);
-            }
+        const bool single = high == 0 && !IsLead(low);
+        const std::optional<Bytes> out =
+            single || (IsLead(high) && IsTrail(low))
+                ? Iconv("UTF-16LE", "CP932", single ? ByteView(pair + 1, 1) : ByteView(pair))
+                : std::nullopt;
+        if (out && out->size() == 2) {
+            tables->decode[code] = static_cast<std::uint16_t>((*out)[0] | (*out)[1] << 8);
         }
     }
     return tables;
@@ -96,15 +57,45 @@ const OracleTables& Tables() {
 
 } // namespace
 
+std::optional<Bytes> Iconv(const char* to, const char* from, ByteView input) {
+    // One converter per direction for the whole run, set back to its first state for each call.
+    using Converter = std::unique_ptr<void, int (*)(iconv_t)>;
+    static std::map<std::pair<std::string, std::string>, Converter> converters;
+    const auto [entry, added] = converters.try_emplace({to, from}, nullptr, iconv_close);
+    if (added) {
+        const iconv_t opened = iconv_open(to, from);
+        entry->second.reset(opened == reinterpret_cast<iconv_t>(-1) ? nullptr : opened);
+    }
+    const iconv_t handle = entry->second.get();
+    if (handle == nullptr) {
+        throw std::runtime_error(std::string("iconv cannot convert ") + from + " to " + to);
+    }
+    iconv(handle, nullptr, nullptr, nullptr, nullptr);
+    Bytes out(input.size() * 4 + 16);
+    char* inPtr = const_cast<char*>(reinterpret_cast<const char*>(input.data())); // only read
+    std::size_t inLeft = input.size();
+    char* outPtr = reinterpret_cast<char*>(out.data());
+    std::size_t outLeft = out.size();
+    const bool done =
+        iconv(handle, &inPtr, &inLeft, &outPtr, &outLeft) != static_cast<std::size_t>(-1) &&
+        inLeft == 0 &&
+        iconv(handle, nullptr, nullptr, &outPtr, &outLeft) != static_cast<std::size_t>(-1);
+    if (!done) {
+        return std::nullopt;
+    }
+    out.resize(out.size() - outLeft);
+    return out;
+}
+
 std::optional<Bytes> EncodeCp932(char16_t unit) {
     return Tables().encode[unit];
 }
 
 std::optional<char16_t> DecodeCp932(ByteView code) {
     std::uint16_t unit = kNoChar;
-    if (code.size() == 1 && !IsCp932Lead(code[0])) {
+    if (code.size() == 1 && !IsLead(code[0])) {
         unit = Tables().decode[code[0]];
-    } else if (code.size() == 2 && IsCp932Lead(code[0]) && IsCp932Trail(code[1])) {
+    } else if (code.size() == 2 && IsLead(code[0]) && IsTrail(code[1])) {
         unit = Tables().decode[code[0] << 8 | code[1]];
     }
     if (unit == kNoChar) {
@@ -116,43 +107,27 @@ std::optional<char16_t> DecodeCp932(ByteView code) {
 Bytes UnicodeToShiftJis(std::u16string_view text) {
     Bytes out;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const std::optional<Bytes> code = EncodeCp932(text[i]);
-        if (code) {
+        if (const std::optional<Bytes> code = EncodeCp932(text[i])) {
             out.insert(out.end(), code->begin(), code->end());
             continue;
         }
         out.push_back('?');
         const bool pair = text[i] >= 0xD800 && text[i] <= 0xDBFF && i + 1 < text.size() &&
                           text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF;
-        if (pair) {
-            ++i;
-        }
+        i += pair ? 1 : 0;
     }
     return out;
 }
 
 std::u16string ShiftJisToUnicode(ByteView bytes) {
     std::u16string text;
-    std::size_t i = 0;
-    while (i < bytes.size()) {
-        std::size_t used = 1;
-        if (IsCp932Lead(bytes[i]) && i + 1 < bytes.size() && IsCp932Trail(bytes[i + 1])) {
-            used = 2;
-        }
+    for (std::size_t i = 0; i < bytes.size();) {
+        const std::size_t used =
+            IsLead(bytes[i]) && i + 1 < bytes.size() && IsTrail(bytes[i + 1]) ? 2 : 1;
         text.push_back(DecodeCp932(bytes.subspan(i, used)).value_or(u'\uFFFD'));
         i += used;
     }
     return text;
-}
-
-Bytes Cp932FromUtf8(std::string_view utf8) {
-    static const Iconv fromUtf8("CP932", "UTF-8");
-    const std::optional<Bytes> out =
-        fromUtf8.Convert({reinterpret_cast<const std::uint8_t*>(utf8.data()), utf8.size()});
-    if (!out) {
-        throw std::runtime_error("no CP932 form for " + std::string(utf8));
-    }
-    return *out;
 }
 
 } // namespace korvel::reference
