@@ -16,6 +16,7 @@
 #include <ostream>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 // Readable strings in test failure output.
@@ -24,6 +25,16 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 }
 
 namespace korvel::testing {
+
+inline bool RunningAsRoot() {
+    return ::geteuid() == 0;
+}
+
+inline struct stat StatusOf(const QString& path) {
+    struct stat status {};
+    ::lstat(QFile::encodeName(path).constData(), &status);
+    return status;
+}
 
 // A real folder on disk for one test; paths are given relative to it.
 class ScratchFolder {
@@ -55,6 +66,13 @@ public:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             << relative.toStdString();
         ASSERT_EQ(file.write(content), content.size());
+    }
+    // Writes a file with the given mode and returns its path.
+    QString writeFile(const QString& relative, const QByteArray& content,
+                      mode_t mode = 0644) const {
+        write(relative, content);
+        EXPECT_EQ(::chmod(QFile::encodeName(path(relative)).constData(), mode), 0);
+        return path(relative);
     }
     void writeSized(const QString& relative, qint64 size) const {
         write(relative);
@@ -97,6 +115,36 @@ public:
         return QDir(path(relative))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                        QDir::Name);
+    }
+    // Every entry below the folder, sorted, with its kind, mode, link count, owner, group,
+    // extended attributes, and its target or (withBytes) its bytes: what a failed write must
+    // leave exactly as it was, and a successful one all but the bytes.
+    QStringList snapshot(bool withBytes = true) const {
+        QStringList entries;
+        QDirIterator it(path(),
+                        QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString entry = it.next();
+            const struct stat status = StatusOf(entry);
+            char attributes[1024] = {};
+            const ssize_t length =
+                ::llistxattr(QFile::encodeName(entry).constData(), attributes, sizeof attributes);
+            QString line = QStringLiteral("%1 %2 %3 %4:%5 [%6]")
+                               .arg(entry.mid(path().size() + 1))
+                               .arg(status.st_mode, 0, 8)
+                               .arg(status.st_nlink)
+                               .arg(status.st_uid)
+                               .arg(status.st_gid)
+                               .arg(QString::fromLatin1(attributes, qMax<ssize_t>(length, 0)));
+            if (S_ISLNK(status.st_mode))
+                line += QStringLiteral(" -> ") + QFile::symLinkTarget(entry);
+            else if (withBytes && S_ISREG(status.st_mode))
+                line += u' ' + QString::fromLatin1(read(entry.mid(path().size() + 1)).toHex(' '));
+            entries.append(line);
+        }
+        entries.sort();
+        return entries;
     }
     // The text of a shortcut file leading to an entry of this folder.
     QByteArray lnkTo(const QString& relative) const {
