@@ -2,8 +2,6 @@
 
 #include "TestInputs.h"
 
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -25,10 +23,10 @@ struct Loaded {
 };
 
 // Loads the file from a block of exactly its size, at an even and an odd address, and moves the
-// result before reading it: the text may view into the file or the storage, must stay valid
-// UTF-16 at either address, and the file's bytes are not the loader's to change.
+// result before reading it: the text may view into the file or the storage, must stay valid UTF-16
+// at either address, and the file's bytes are not the loader's to change.
 Loaded Load(testing::ByteView file, TextEncoding requested) {
-    Loaded first{};
+    Loaded loaded[2];
     for (const std::size_t offset : {0u, 1u}) {
         const auto block = std::make_unique<std::uint8_t[]>(file.size() + offset);
         std::uint8_t* const copy = block.get() + offset;
@@ -38,14 +36,10 @@ Loaded Load(testing::ByteView file, TextEncoding requested) {
         EXPECT_EQ(decoded.status, CodecOk) << Hex(file);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(decoded.text.data()) % alignof(char16_t), 0u);
         EXPECT_TRUE(std::equal(file.begin(), file.end(), copy)) << "file changed: " << Hex(file);
-        const Loaded loaded{decoded.encoding, decoded.lineEnding, std::u16string(decoded.text)};
-        if (offset == 0) {
-            first = loaded;
-        } else {
-            EXPECT_EQ(Hex(loaded.text), Hex(first.text)) << "at an odd address: " << Hex(file);
-        }
+        loaded[offset] = {decoded.encoding, decoded.lineEnding, std::u16string(decoded.text)};
     }
-    return first;
+    EXPECT_EQ(Hex(loaded[1].text), Hex(loaded[0].text)) << "at an odd address: " << Hex(file);
+    return loaded[0];
 }
 
 Bytes Save(std::u16string_view text, TextEncoding encoding, LineEnding lineEnding, int mode) {
@@ -57,10 +51,8 @@ Bytes Save(std::u16string_view text, TextEncoding encoding, LineEnding lineEndin
     return file;
 }
 
-constexpr TextEncoding kSaveEncodings[] = {ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode};
-
-// One row per way a code set is chosen or read, per mark and per line-ending rule; the code
-// sets' own bytes are the codec's.
+// One row per way a code set is chosen or read, per mark and per line-ending rule; the code sets'
+// own bytes are the codec's.
 TEST(DecodeDocumentBytes, ChoosesTheCodeSetSkipsItsMarkAndWidensTheFilesBreaks) {
     const struct {
         std::string_view file;
@@ -69,23 +61,18 @@ TEST(DecodeDocumentBytes, ChoosesTheCodeSetSkipsItsMarkAndWidensTheFilesBreaks) 
         LineEnding lineEnding;
         std::u16string_view text;
     } rows[] = {
-        {"", AutoDetect, ShiftJis, LE::CrLf, u""},
         {"abc", AutoDetect, ShiftJis, LE::CrLf, u"abc"},               // ASCII only, no break
         {"\x1BK\xFF", AutoDetect, ShiftJis, LE::CrLf, u"\x1BK\uFFFD"}, // undetermined
-        {"\xB4\xC1\xBB\xFA", AutoDetect, Euc, LE::CrLf, u"漢字"},
         {"\x1B$B$\"\x1B(B\n", AutoDetect, Jis, LE::Lf, u"あ\r\n"},
-        {"\xE3\x81\x82", ShiftJis, ShiftJis, LE::CrLf, u"縺\uFFFD"},
         // Repaired mail is saved as Shift_JIS; the repair works on a copy of the file.
         {"\x1B$B\xA4\xA2\xA4\xA4", GarbledMail, ShiftJis, LE::CrLf, u"あい"},
         {"\xEF\xBB\xBF\xE3\x81\x82", AutoDetect, Utf8, LE::CrLf, u"あ"},
         {"\xEF\xBB\xBF\xE3\x81\x82", Utf8N, Utf8N, LE::CrLf, u"\uFEFFあ"},
         {"abcd", Utf8, Utf8, LE::CrLf, u"d"}, // the mark is skipped untested
         {"\xEF\xBB", Utf8, Utf8, LE::CrLf, u""},
-        {"\xE3\x81\x82", AutoDetect, Utf8N, LE::CrLf, u"あ"},
         {{"\xFF\xFE\x41\x00", 4}, AutoDetect, Unicode, LE::CrLf, u"A"},
         {{"\xFE\xFF\x00\x41", 4}, Unicode, Unicode, LE::CrLf, u"\u4100"}, // skipped, not swapped
         {{"\xFF\xFE\xFF\xFE", 4}, Unicode, Unicode, LE::CrLf, u"\uFEFF"},
-        {"B0D0", Unicode, Unicode, LE::CrLf, u"あい"},
         // A lone last byte reads with the 0 that follows every file, and so is saved again.
         {{"\xFF\xFE\x41\x00\x42", 5}, Unicode, Unicode, LE::CrLf, u"AB"},
         {{"\x41\x00\x42", 3}, Unicode, Unicode, LE::CrLf, u"AB"},
@@ -116,14 +103,12 @@ TEST(EncodeDocumentText, NarrowsBreaksPassesTheKatakanaModeAndWritesMarks) {
         {u"a\r\nb", ShiftJis, LE::Lf, 0, "a\nb"},
         {u"a\r\nb\nc\rd", ShiftJis, LE::Cr, 0, "a\rb\nc\rd"},
         {u"\r\r\n", ShiftJis, LE::Lf, 0, "\r\n"},
-        {u"あｱ", Euc, LE::CrLf, 0, "\xA4\xA2\x8E\xB1"},
         {u"ｱ", Jis, LE::CrLf, 1, "\x1B(I1\x1B(B"},
         {u"ｱ", Jis, LE::CrLf, 0, "\x1B$B%\"\x1B(B"},
         {u"あ", Utf8, LE::CrLf, 0, "\xEF\xBB\xBF\xE3\x81\x82"},
         {u"あ", Utf8N, LE::CrLf, 0, "\xE3\x81\x82"},
         {u"あ\r\n", Unicode, LE::Lf, 0, {"\xFF\xFE\x42\x30\n\0", 6}},
         {u"", ShiftJis, LE::CrLf, 0, ""},
-        {u"", Utf8N, LE::CrLf, 0, ""},
         {u"", Utf8, LE::CrLf, 0, "\xEF\xBB\xBF"},
         {u"", Unicode, LE::CrLf, 0, "\xFF\xFE"},
     };
@@ -134,16 +119,14 @@ TEST(EncodeDocumentText, NarrowsBreaksPassesTheKatakanaModeAndWritesMarks) {
     }
 }
 
-// Whatever mix of breaks a file holds, saving what its load found gives its bytes back (an
-// Excel CSV keeps LF inside cells and CR LF between rows); text with the editor's own breaks
-// comes back in any code set and line ending.
-TEST(DocumentBytes, FilesAndTextsRoundTripInEveryCodeSetLineEndingAndKatakanaMode) {
+// Whatever mix of breaks a file holds, saving what its load found gives its bytes back in every
+// code set and katakana mode (an Excel CSV keeps LF inside cells and CR LF between rows).
+TEST(DocumentBytes, LoneBreaksRoundTripByteForByte) {
     const std::u16string_view mixed[] = {
         u"a\rb\nc\rd\r",          u"a\rb\rc\r\n", u"a\r\nb\nc\nd\n",  u"a\nb\rc\nd\n",
         u"a\r\nb\rc\r\nd\ne\r\n", u"\r\r\n\n\r",  u"あ\n漢\rｱ\r\n\r", u"\n\n\r\n\r",
     };
-    const std::u16string_view plain[] = {u"", u"\r\n", u"日本語 abc\r\n\r\n全角ＡＢＣ、末尾"};
-    for (const TextEncoding encoding : kSaveEncodings) {
+    for (const TextEncoding encoding : {ShiftJis, Jis, Euc, Utf8, Utf8N, Unicode}) {
         for (const int mode : {0, 1}) {
             SCOPED_TRACE(::testing::Message()
                          << ::testing::PrintToString(encoding) << " mode " << mode);
@@ -153,32 +136,23 @@ TEST(DocumentBytes, FilesAndTextsRoundTripInEveryCodeSetLineEndingAndKatakanaMod
                 EXPECT_EQ(Hex(Save(loaded.text, loaded.encoding, loaded.lineEnding, mode)),
                           Hex(file));
             }
-            for (const std::u16string_view text : plain) {
-                for (const LineEnding lineEnding : {LE::CrLf, LE::Cr, LE::Lf}) {
-                    const Loaded loaded = Load(Save(text, encoding, lineEnding, mode), encoding);
-                    EXPECT_EQ(Hex(loaded.text), Hex(text));
-                    EXPECT_EQ(loaded.encoding, encoding);
-                    EXPECT_EQ(loaded.lineEnding, text.empty() ? LE::CrLf : lineEnding);
-                }
-            }
         }
     }
 }
 
-// Japanese texts with UTF-8 twins written by others (Debian package libpython3.11-testsuite),
-// so our reading of the code sets is not checked against itself.
+// Japanese texts with UTF-8 twins written by others (Debian package libpython3.11-testsuite), so
+// our reading of the code sets is not checked against itself.
 Bytes SampleFile(const std::string& name) {
     std::ifstream in("/usr/lib/python3.11/test/cjkencodings/" + name + ".txt", std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// Detected or chosen, the code set reads the twin's text, and saving gives the file back. Mail
-// that got the eighth bit set on every byte but the breaks reads right once repaired.
+// Detected or chosen, the code set reads the twin's text, and saving gives the file back.
 TEST(SampleFiles, ReadAsTheirTwinsAndSaveBackByteForByte) {
     for (const auto& [name, encoding] : {std::pair{"shift_jis", ShiftJis}, std::pair{"euc_jp", Euc},
                                          std::pair{"iso2022_jp", Jis}}) {
         SCOPED_TRACE(name);
-        Bytes file = SampleFile(name);
+        const Bytes file = SampleFile(name);
         if (file.empty()) {
             GTEST_SKIP() << "no samples: install libpython3.11-testsuite";
         }
@@ -190,14 +164,6 @@ TEST(SampleFiles, ReadAsTheirTwinsAndSaveBackByteForByte) {
             for (const int mode : {0, 1}) {
                 EXPECT_EQ(Hex(Save(loaded.text, encoding, loaded.lineEnding, mode)), Hex(file));
             }
-        }
-        if (encoding == Jis) {
-            for (std::uint8_t& b : file) {
-                b |= b == '\n' ? 0 : 0x80;
-            }
-            const Loaded repaired = Load(file, GarbledMail);
-            EXPECT_EQ(repaired.lineEnding, LE::Lf);
-            EXPECT_TRUE(repaired.text == twin) << Hex(repaired.text);
         }
     }
 }
