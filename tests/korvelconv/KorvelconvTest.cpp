@@ -67,8 +67,8 @@ protected:
         return names;
     }
 
-    // Runs korvelconv through the shell after `setup` (limits, signal dispositions), with the input
-    // through a pipe or /dev/null as standard input; a run that hangs ends after 30 s.
+    // Runs korvelconv through the shell after `setup` (a limit), with the input through a pipe as
+    // standard input; a run that hangs ends after 30 s.
     Result Run(const Args& args, const std::string& input = {},
                const std::string& setup = {}) const {
         const std::string io = (root_ / "io").string();
