@@ -1,7 +1,6 @@
 #include "document/FileReplacement.h"
 
-#include "ScratchFolder.h"
-#include "support/ScopedFileSizeLimit.h"
+#include "support/ScratchFolder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -9,20 +8,15 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <optional>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 namespace korvel {
 namespace {
 
-using testing::RunningAsRoot;
-using testing::Scratch;
+using testing::ScratchFolder;
 
-// Users and groups that exist only as numbers: root can give files to them.
-constexpr uid_t kOtherOwner = 4242;
+// Users and groups that exist only as numbers: root gives files to 4242 and group 4243.
 constexpr gid_t kSharedGroup = 4243;
 constexpr uid_t kGroupMember = 4244;
 
@@ -32,12 +26,95 @@ ReplaceOutcome Replace(const QString& path, std::string_view bytes) {
     return ReplaceFileContents(QFile::encodeName(path).toStdString(), parts);
 }
 
-ino_t InodeOf(const QString& path) {
-    return Scratch::StatusOf(path).st_ino;
+// Each row's folder starts with old.txt holding "old bytes", and a shell command makes the rest;
+// "~" stands for a long prefix (ScratchFolder::shell). The bytes go to the path written, or to the
+// name after a '>' in it.
+struct Row {
+    const char* name;
+    const char* make;
+    const char* write;
+    ReplaceFailure failure = ReplaceFailure::None;
+    int systemError = 0;
+    bool diskFull = false;
+    mode_t umask = 022;
+};
+
+constexpr ReplaceFailure kSystem = ReplaceFailure::System;
+
+const Row kRows[] = {
+    // Refused, and the folder stays exactly as it was.
+    {"Folder", "mkdir d", "d", ReplaceFailure::Folder},
+    {"Pipe", "mkfifo pipe", "pipe", ReplaceFailure::NotRegularFile},
+    {"LinkToAPipe", "mkfifo pipe && ln -s pipe out", "out", ReplaceFailure::NotRegularFile},
+    // What /dev/null is; root would otherwise turn it into a plain file.
+    {"DeviceNode", "mknod null c 1 3", "null", ReplaceFailure::NotRegularFile},
+    {"LinkLoop", "ln -s b a && ln -s a b", "a", kSystem, ELOOP},
+    {"DiskFull", ":", "old.txt", kSystem, EFBIG, true},
+    {"DiskFullForANewFile", ":", "new.txt", kSystem, EFBIG, true},
+    // Written in place: the room is reserved before any old byte goes.
+    {"DiskFullForAHardLinkedFile", "ln old.txt second", "old.txt", kSystem, EFBIG, true},
+    // Replaced: everything but the bytes stays, and no other file is left.
+    {"Private", "chmod 600 old.txt", "old.txt"},
+    {"Executable", "chmod 755 old.txt", "old.txt"},
+    // What root may do is not what the owner may: no owner execute bit appears.
+    {"GroupExecutable", "chmod 654 old.txt", "old.txt"},
+    // A change of owner clears the set-id bits, so they are given after it.
+    {"AnotherUsersSetIdFile", "chown 4242:4243 old.txt && chmod 6775 old.txt", "old.txt"},
+    {"ExtendedAttributes", ":", "old.txt"},
+    {"HardLinked", "ln old.txt second", "old.txt>second"},
+    {"SymbolicLink", "ln -s old.txt link", "link>old.txt"},
+    {"NameAtTheLimit", "mv old.txt ~e.txt", "~e.txt"},
+    // A new file gets the umask's mode; so does a dangling link's target.
+    {"New", ":", "new.txt"},
+    {"NewUnderUmask077", ":", "new.txt", {}, 0, false, 077},
+    {"NewNameAtTheLimit", ":", "~n.txt"},
+    {"DanglingLink", "ln -s made.txt link", "link>made.txt"},
+};
+
+TEST(ReplaceFileContents, GivesTheNewBytesOrSaysWhyAndChangesNothing) {
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.name);
+        ScratchFolder scratch;
+        const QStringList names =
+            ScratchFolder::longNames(QString::fromLatin1(row.write)).split(u'>');
+        const QString write = scratch.path(names.first());
+        const QString landsIn = names.last();
+        const bool noted = row.name == std::string_view("ExtendedAttributes");
+        if (!scratch.shell(QStringLiteral("echo old bytes >old.txt && ") +
+                           QString::fromLatin1(row.make)) ||
+            (noted && ::setxattr(QFile::encodeName(write).constData(), "user.korvel.note", "kept",
+                                 4, 0) != 0)) {
+            continue; // only root makes device nodes and gives files away; no user xattrs here
+        }
+        const bool refused = row.failure != ReplaceFailure::None;
+        const bool made = !scratch.exists(landsIn);
+        const QStringList before = scratch.snapshot(refused);
+        ReplaceOutcome outcome;
+        {
+            std::optional<testing::ScopedFileSizeLimit> disk;
+            if (row.diskFull) {
+                disk.emplace(16);
+            }
+            const mode_t umask = ::umask(row.umask);
+            outcome = Replace(write, refused ? "new bytes, longer than the old" : "new");
+            ::umask(umask);
+        }
+        EXPECT_EQ(outcome.failure, row.failure);
+        EXPECT_EQ(outcome.systemError, row.systemError) << std::strerror(outcome.systemError);
+        QStringList after = scratch.snapshot(refused);
+        if (!refused) {
+            EXPECT_EQ(scratch.read(landsIn), "new");
+        }
+        if (!refused && made) {
+            EXPECT_EQ(testing::StatusOf(scratch.path(landsIn)).st_mode & 07777, 0666 & ~row.umask);
+            after.removeIf([&](const QString& line) { return line.startsWith(landsIn + u' '); });
+        }
+        EXPECT_EQ(after, before);
+    }
 }
 
-// Runs body in a child process that has become kGroupMember of kSharedGroup, and returns its
-// exit status.
+// Runs body in a child process that has become kGroupMember of kSharedGroup, and returns its exit
+// status.
 int RunAsGroupMember(const std::function<int()>& body) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -53,233 +130,28 @@ int RunAsGroupMember(const std::function<int()>& body) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 200;
 }
 
-// --- What cannot be written is refused, and a failed write changes nothing ----------------
-
-struct Refusal {
-    const char* name;
-    QString (*make)(const Scratch&);
-    ReplaceFailure failure;
-    int systemError = 0;
-    bool diskFull = false;
-    bool needsRoot = false;
-};
-
-QString MakeOldFile(const Scratch& s) {
-    return s.write(QStringLiteral("old.txt"), QByteArray("old"));
-}
-
-const Refusal kRefusals[] = {
-    {"Folder",
-     [](const Scratch& s) {
-         QDir().mkdir(s.path(QStringLiteral("folder")));
-         return s.path(QStringLiteral("folder"));
-     },
-     ReplaceFailure::Folder},
-    {"Pipe",
-     [](const Scratch& s) {
-         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
-         return s.path(QStringLiteral("pipe"));
-     },
-     ReplaceFailure::NotRegularFile},
-    // What /dev/null is; root would otherwise turn it into a plain file.
-    {"DeviceNode",
-     [](const Scratch& s) {
-         const QString path = s.path(QStringLiteral("null"));
-         ::mknod(QFile::encodeName(path).constData(), S_IFCHR | 0666, ::makedev(1, 3));
-         return path;
-     },
-     ReplaceFailure::NotRegularFile, 0, false, true},
-    {"LinkToAPipe",
-     [](const Scratch& s) {
-         ::mkfifo(QFile::encodeName(s.path(QStringLiteral("pipe"))).constData(), 0644);
-         QFile::link(QStringLiteral("pipe"), s.path(QStringLiteral("out")));
-         return s.path(QStringLiteral("out"));
-     },
-     ReplaceFailure::NotRegularFile},
-    {"LinkLoop",
-     [](const Scratch& s) {
-         QFile::link(QStringLiteral("b"), s.path(QStringLiteral("a")));
-         QFile::link(QStringLiteral("a"), s.path(QStringLiteral("b")));
-         return s.path(QStringLiteral("a"));
-     },
-     ReplaceFailure::System, ELOOP},
-    {"DiskFull", MakeOldFile, ReplaceFailure::System, EFBIG, true},
-    {"DiskFullForANewFile", [](const Scratch& s) { return s.path(QStringLiteral("new.txt")); },
-     ReplaceFailure::System, EFBIG, true},
-    // Written in place: the room is reserved before any old byte goes.
-    {"DiskFullForAHardLinkedFile",
-     [](const Scratch& s) {
-         const QString path = MakeOldFile(s);
-         ::link(QFile::encodeName(path).constData(),
-                QFile::encodeName(s.path(QStringLiteral("second"))).constData());
-         return path;
-     },
-     ReplaceFailure::System, EFBIG, true},
-};
-
-void PrintTo(const Refusal& c, std::ostream* os) {
-    *os << c.name;
-}
-
-class ReplaceRefused : public ::testing::TestWithParam<Refusal> {};
-
-TEST_P(ReplaceRefused, SaysWhyAndLeavesTheFolderAsItWas) {
-    const Refusal& c = GetParam();
-    if (c.needsRoot && !RunningAsRoot()) {
-        GTEST_SKIP() << "only root makes device nodes";
-    }
-    Scratch scratch;
-    const QString path = c.make(scratch);
-    const std::string before = scratch.snapshot();
-    ReplaceOutcome outcome;
-    {
-        std::optional<testing::ScopedFileSizeLimit> disk;
-        if (c.diskFull) {
-            disk.emplace(4);
-        }
-        outcome = Replace(path, "new bytes, longer than the old");
-    }
-    EXPECT_EQ(outcome.failure, c.failure);
-    EXPECT_EQ(outcome.systemError, c.systemError) << std::strerror(outcome.systemError);
-    EXPECT_EQ(scratch.snapshot(), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, ReplaceRefused, ::testing::ValuesIn(kRefusals),
-                         [](const ::testing::TestParamInfo<Refusal>& info) {
-                             return std::string(info.param.name);
-                         });
-
-// --- What a replaced file keeps -----------------------------------------------------------
-
-TEST(ReplaceNames, ANameAtTheFileSystemsLimitIsWrittenAndMade) {
-    Scratch scratch;
-    const QString existing = scratch.write(QString(251, u'e') + QStringLiteral(".txt"), "old");
-    const QString made = scratch.path(QString(251, u'm') + QStringLiteral(".txt"));
-    for (const QString& path : {existing, made}) {
-        ASSERT_TRUE(Replace(path, "new").succeeded());
-        EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
-    }
-}
-
-TEST(ReplaceLinks, EveryNameOfAHardLinkedFileSeesTheNewBytes) {
-    Scratch scratch;
-    const QString first = scratch.write(QStringLiteral("first"), "a longer old text");
-    const QString second = scratch.path(QStringLiteral("second"));
-    ASSERT_EQ(::link(QFile::encodeName(first).constData(), QFile::encodeName(second).constData()),
-              0);
-    for (const std::string_view bytes : {"short", "a new text longer than the old one"}) {
-        ASSERT_TRUE(Replace(first, bytes).succeeded());
-        EXPECT_EQ(Scratch::Read(second), QByteArray(bytes.data(), qsizetype(bytes.size())));
-        EXPECT_EQ(InodeOf(first), InodeOf(second));
-    }
-}
-
-// A link is kept whether its target exists or is yet to be made.
-TEST(ReplaceLinks, ASymbolicLinkStaysALinkAndItsTargetGetsTheBytes) {
-    Scratch scratch;
-    scratch.write(QStringLiteral("target.txt"), "old");
-    for (const char* target : {"target.txt", "made.txt"}) {
-        SCOPED_TRACE(target);
-        const QString link = scratch.path(QStringLiteral("link-to-") + QString::fromLatin1(target));
-        ASSERT_TRUE(QFile::link(QString::fromLatin1(target), link));
-        ASSERT_TRUE(Replace(link, "new").succeeded());
-        EXPECT_TRUE(QFileInfo(link).isSymLink());
-        EXPECT_EQ(Scratch::Read(scratch.path(QString::fromLatin1(target))), QByteArray("new"));
-    }
-}
-
-TEST(ReplacePermissions, AReplacedFileKeepsItsModeAndANewOneFollowsTheUmask) {
-    const struct {
-        const char* name;
-        std::optional<mode_t> existing;
-        mode_t umask;
-        mode_t expected;
-    } cases[] = {
-        {"private", 0600, 022, 0600},
-        {"group readable", 0640, 077, 0640},
-        {"executable", 0755, 022, 0755},
-        // What root may do is not what the owner may: no owner execute bit appears.
-        {"group executable", 0654, 022, 0654},
-        {"new, umask 022", std::nullopt, 022, 0644},
-        {"new, umask 077", std::nullopt, 077, 0600},
-    };
-    Scratch scratch;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const QString path = scratch.path(QString::fromLatin1(c.name));
-        if (c.existing) {
-            scratch.write(QString::fromLatin1(c.name), QByteArray("old"), *c.existing);
-        }
-        const mode_t previous = ::umask(c.umask);
-        const bool replaced = Replace(path, "new").succeeded();
-        ::umask(previous);
-        ASSERT_TRUE(replaced);
-        EXPECT_EQ(Scratch::ModeOf(path), c.expected);
-    }
-}
-
-// Extended attributes carry ACLs and notes other programs keep on a file.
-TEST(ReplaceAttributes, ExtendedAttributesStayWithTheFile) {
-    Scratch scratch;
-    const QString path = scratch.write(QStringLiteral("noted.txt"), "old");
-    const QByteArray name = QFile::encodeName(path);
-    if (::setxattr(name.constData(), "user.korvel.note", "kept", 4, 0) != 0) {
-        GTEST_SKIP() << "no user attributes here: " << std::strerror(errno);
-    }
-    ASSERT_TRUE(Replace(path, "new").succeeded());
-    char value[16] = {};
-    EXPECT_EQ(::getxattr(name.constData(), "user.korvel.note", value, sizeof value), 4);
-    EXPECT_STREQ(value, "kept");
-    EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
-}
-
-TEST(ReplaceOwnership, AnotherUsersFileKeepsItsOwnerGroupAndSetIdBits) {
-    if (!RunningAsRoot()) {
-        GTEST_SKIP() << "only root can give a file to another user";
-    }
-    Scratch scratch;
-    const QString path = scratch.write(QStringLiteral("theirs.txt"), "old");
-    const QByteArray name = QFile::encodeName(path);
-    ASSERT_EQ(::chown(name.constData(), kOtherOwner, kSharedGroup), 0);
-    ASSERT_EQ(::chmod(name.constData(), 02664), 0);
-
-    ASSERT_TRUE(Replace(path, "new").succeeded());
-    const struct stat after = Scratch::StatusOf(path);
-    EXPECT_EQ(Scratch::Read(path), QByteArray("new"));
-    EXPECT_EQ(after.st_uid, kOtherOwner);
-    EXPECT_EQ(after.st_gid, kSharedGroup);
-    EXPECT_EQ(after.st_mode & 07777, 02664u);
-}
-
-// A member of the file's group may write it but not make a file that belongs to its owner: the
-// file is written in place, whole or not at all, and stays the owner's.
-TEST(ReplaceOwnership, AGroupMembersSaveKeepsTheOwnerOrChangesNothing) {
-    if (!RunningAsRoot()) {
+// A member of the file's group may write it but not make a file that belongs to its owner: the file
+// is written in place, whole or not at all, and stays the owner's.
+TEST(ReplaceFileContents, AGroupMembersSaveKeepsTheOwnerOrChangesNothing) {
+    ScratchFolder scratch;
+    if (::geteuid() != 0 || !scratch.shell("chmod 777 . && echo old >shared.txt && "
+                                           "chown 4242:4243 shared.txt && chmod 664 shared.txt")) {
         GTEST_SKIP() << "only root can act as two other users";
     }
-    Scratch scratch;
-    ASSERT_EQ(::chmod(QFile::encodeName(scratch.path({})).constData(), 0777), 0);
-    const QString path = scratch.write(QStringLiteral("shared.txt"), "old", 0664);
-    ASSERT_EQ(::chown(QFile::encodeName(path).constData(), kOtherOwner, kSharedGroup), 0);
-    const ino_t inode = InodeOf(path);
-
-    const std::string before = scratch.snapshot();
+    const QString path = scratch.path(QStringLiteral("shared.txt"));
+    const QStringList kept = scratch.snapshot(false);
+    const QStringList before = scratch.snapshot();
     EXPECT_EQ(RunAsGroupMember([&] {
-                  const testing::ScopedFileSizeLimit diskFull(4);
+                  const testing::ScopedFileSizeLimit diskFull(16);
                   return Replace(path, "a new text longer than the old").systemError;
               }),
               EFBIG);
     EXPECT_EQ(scratch.snapshot(), before);
-
-    for (const std::string_view bytes : {"a new text longer than the old", "short"}) {
+    for (const char* bytes : {"a new text longer than the old", "short"}) {
         EXPECT_EQ(RunAsGroupMember([&] { return Replace(path, bytes).succeeded() ? 0 : 1; }), 0);
-        EXPECT_EQ(Scratch::Read(path), QByteArray(bytes.data(), qsizetype(bytes.size())));
+        EXPECT_EQ(scratch.read(QStringLiteral("shared.txt")), bytes);
     }
-    const struct stat after = Scratch::StatusOf(path);
-    EXPECT_EQ(after.st_uid, kOtherOwner);
-    EXPECT_EQ(after.st_gid, kSharedGroup);
-    EXPECT_EQ(after.st_mode & 07777, 0664u);
-    EXPECT_EQ(after.st_ino, inode);
+    EXPECT_EQ(scratch.snapshot(false), kept);
 }
 
 } // namespace

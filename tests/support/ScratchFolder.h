@@ -12,10 +12,14 @@
 #include <QFile>
 #include <QString>
 #include <QTemporaryDir>
+#include <csignal>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 // Readable strings in test failure output.
@@ -24,6 +28,12 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 }
 
 namespace korvel::testing {
+
+inline struct stat StatusOf(const QString& path) {
+    struct stat status {};
+    ::lstat(QFile::encodeName(path).constData(), &status);
+    return status;
+}
 
 // A real folder on disk for one test; paths are given relative to it.
 class ScratchFolder {
@@ -56,6 +66,14 @@ public:
             << relative.toStdString();
         ASSERT_EQ(file.write(content), content.size());
     }
+    // Runs a shell command in the folder; "~" in it stands for 250 letters, so that "~e.txt" is a
+    // name at the file system's limit of 255 bytes. False when the command fails.
+    bool shell(const QString& command) const {
+        return std::system(QFile::encodeName(
+                               QStringLiteral("cd '%1' && %2").arg(path(), longNames(command)))
+                               .constData()) == 0;
+    }
+    static QString longNames(QString text) { return text.replace(u'~', QString(250, u'x')); }
     void writeSized(const QString& relative, qint64 size) const {
         write(relative);
         ASSERT_TRUE(QFile::resize(path(relative), size));
@@ -98,6 +116,36 @@ public:
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                        QDir::Name);
     }
+    // Every entry below the folder, sorted, with its kind, mode, link count, owner, group, extended
+    // attributes, and its target or (withBytes) its bytes: what a failed write must leave exactly
+    // as it was, and a successful one all but the bytes.
+    QStringList snapshot(bool withBytes = true) const {
+        QStringList entries;
+        QDirIterator it(path(),
+                        QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot | QDir::System,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString entry = it.next();
+            const QString name = entry.mid(path().size() + 1);
+            const struct stat status = StatusOf(entry);
+            char attributes[1024] = {};
+            const ssize_t length =
+                ::llistxattr(QFile::encodeName(entry).constData(), attributes, sizeof attributes);
+            const bool bytes = withBytes && S_ISREG(status.st_mode);
+            entries.append(
+                QStringLiteral("%1 %2 %3 %4:%5 [%6] %7%8")
+                    .arg(name)
+                    .arg(status.st_mode, 0, 8)
+                    .arg(status.st_nlink)
+                    .arg(status.st_uid)
+                    .arg(status.st_gid)
+                    .arg(QString::fromLatin1(attributes, qMax<ssize_t>(length, 0)),
+                         QFile::symLinkTarget(entry),
+                         bytes ? QString::fromLatin1(read(name).toHex(' ')) : QString()));
+        }
+        entries.sort();
+        return entries;
+    }
     // The text of a shortcut file leading to an entry of this folder.
     QByteArray lnkTo(const QString& relative) const {
         return "1#\"" + path(relative).toUtf8() + "\"\r\n";
@@ -112,8 +160,30 @@ private:
     QTemporaryDir dir_;
 };
 
-// Where to put thousands of entries: a memory file system when the machine has one, since on
-// a busy journalled disk each folder costs a millisecond or more.
+// While alive, files this process writes may not grow past a few bytes, and a write that tries
+// fails with EFBIG instead of killing the process: what a full disk does to a save, on demand.
+class ScopedFileSizeLimit {
+public:
+    explicit ScopedFileSizeLimit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &previousLimit_);
+        previousHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{bytes, previousLimit_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ScopedFileSizeLimit(const ScopedFileSizeLimit&) = delete;
+    ScopedFileSizeLimit& operator=(const ScopedFileSizeLimit&) = delete;
+    ~ScopedFileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &previousLimit_);
+        std::signal(SIGXFSZ, previousHandler_);
+    }
+
+private:
+    rlimit previousLimit_{};
+    void (*previousHandler_)(int) = SIG_DFL;
+};
+
+// Where to put thousands of entries: a memory file system when the machine has one, since on a busy
+// journalled disk each folder costs a millisecond or more.
 inline QString ManyEntriesBase() {
     const QFileInfo memory(QStringLiteral("/dev/shm"));
     return memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
