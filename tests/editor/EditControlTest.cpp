@@ -1,3 +1,5 @@
+// The edit control as a user drives it: keys, the input limit, the clipboard, and long random
+// runs of edits checked against a plain string and undone back to the start.
 #include "editor/EditControl.h"
 
 #include "editor/EditorText.h"
@@ -14,6 +16,7 @@
 #include <QUrl>
 #include <functional>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 
 namespace korvel {
@@ -24,10 +27,10 @@ QByteArray Utf16Bytes(std::u16string_view text) {
                       static_cast<qsizetype>(text.size() * sizeof(char16_t)));
 }
 
-void SendKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers, const QString& text) {
-    QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
+void SendKey(QWidget* widget, const QString& text) {
+    QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, text);
     QApplication::sendEvent(widget, &press);
-    QKeyEvent release(QEvent::KeyRelease, key, modifiers, text);
+    QKeyEvent release(QEvent::KeyRelease, 0, Qt::NoModifier, text);
     QApplication::sendEvent(widget, &release);
 }
 
@@ -39,22 +42,26 @@ void Commit(QWidget* widget, const QString& text) {
     QApplication::sendEvent(widget, &commit);
 }
 
-void PutOnClipboard(QMimeData* data) {
-    QGuiApplication::clipboard()->setMimeData(data);
-}
-
 QMimeData* ForeignText(const QString& text) {
     auto* data = new QMimeData;
     data->setText(text);
     return data;
 }
 
-// gtest names allow no "-".
-template <typename Case> std::string CaseName(const ::testing::TestParamInfo<Case>& info) {
-    std::string name = info.param.name;
-    for (char& c : name)
-        c = c == '-' ? '_' : c;
-    return name;
+QMimeData* ExactText(std::u16string_view text, const QString& plain = {}) {
+    QMimeData* data = plain.isEmpty() ? new QMimeData : ForeignText(plain);
+    data->setData(EditControl::kTextMimeType, Utf16Bytes(text));
+    return data;
+}
+
+QMimeData* FilesOnly() {
+    auto* data = new QMimeData;
+    data->setUrls({QUrl::fromLocalFile(QStringLiteral("/tmp/a.txt"))});
+    return data;
+}
+
+QString Q(std::u16string_view text) {
+    return QString::fromStdU16String(std::u16string(text));
 }
 
 class EditControlTest : public ::testing::Test {
@@ -66,12 +73,16 @@ protected:
         other_->move(0, 260);
     }
 
+    void select(int start, int end) {
+        QTextCursor cursor(document_);
+        cursor.setPosition(start);
+        cursor.setPosition(end, QTextCursor::KeepAnchor);
+        edit_->setTextCursor(cursor);
+    }
+
     void setText(std::u16string_view text, int selectionStart, int selectionEnd) {
         SetEditorText(*document_, text);
-        QTextCursor cursor(document_);
-        cursor.setPosition(selectionStart);
-        cursor.setPosition(selectionEnd, QTextCursor::KeepAnchor);
-        edit_->setTextCursor(cursor);
+        select(selectionStart, selectionEnd);
     }
 
     std::u16string text() const { return EditorText(*document_); }
@@ -82,8 +93,9 @@ protected:
     QLineEdit* other_ = new QLineEdit(&window_);
 };
 
-// Even where Tab would move the focus, it goes into the text.
-TEST_F(EditControlTest, TabInsertsATabInPlaceOfTheSelectionAndKeepsTheFocus) {
+// Even where Tab would move the focus, it goes into the text, with any modifier (Shift+Tab
+// arrives as Backtab), each as one undo step.
+TEST_F(EditControlTest, TabWithAnyModifierInsertsATabAndKeepsTheFocus) {
     window_.show();
     edit_->setTabChangesFocus(true);
     edit_->setFocus();
@@ -91,31 +103,19 @@ TEST_F(EditControlTest, TabInsertsATabInPlaceOfTheSelectionAndKeepsTheFocus) {
     setText(u"abc\r\ndef", 1, 5);
 
     QTest::keyClick(edit_, Qt::Key_Tab);
+    QTest::keyClick(edit_, Qt::Key_Backtab, Qt::ShiftModifier);
+    QTest::keyClick(edit_, Qt::Key_Tab, Qt::ControlModifier);
 
-    EXPECT_EQ(text(), u"a\tef");
+    EXPECT_EQ(text(), u"a\t\t\tef");
     EXPECT_TRUE(edit_->hasFocus());
-    EXPECT_EQ(edit_->textCursor().position(), 2);
-    edit_->undo();
+    for (int step = 0; step < 3; ++step)
+        edit_->undo();
     EXPECT_EQ(text(), u"abc\r\ndef");
 }
 
-TEST_F(EditControlTest, ShiftEnterStartsALineOfTheFile) {
-    setText(u"ab", 1, 1);
-    QTest::keyClick(edit_, Qt::Key_Return, Qt::ShiftModifier);
-    EXPECT_EQ(text(), u"a\r\nb");
-    EXPECT_EQ(document_->blockCount(), 2);
-}
-
-TEST_F(EditControlTest, TypedCharactersThatQtWouldChangeBecomeMarks) {
-    setText(u"ab", 1, 1);
-    SendKey(edit_, 0, Qt::NoModifier, QString(QChar(0xFFFC)));
-    Commit(edit_, QStringLiteral("x\u2029y"));
-    EXPECT_EQ(text(), u"a\uFFFCx\u2029yb");
-    EXPECT_EQ(edit_->textCursor().position(), 5);
-}
-
-// The input limit, with the text, the selection, the limit and one input each.
-struct LimitCase {
+// One input on a text with a selection and a limit: the text after it, and whether the input
+// was refused or cut at the limit.
+struct InputCase {
     const char* name;
     std::u16string text;
     int selectionStart;
@@ -126,93 +126,73 @@ struct LimitCase {
     bool refused;
 };
 
-std::ostream& operator<<(std::ostream& out, const LimitCase& limitCase) {
-    return out << limitCase.name;
+std::function<void(EditControl*)> Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    return [key, modifiers](EditControl* edit) { QTest::keyClick(edit, key, modifiers); };
 }
-
-void TypeX(EditControl* edit) {
-    QTest::keyClick(edit, Qt::Key_X);
+std::function<void(EditControl*)> InputMethod(std::u16string text) {
+    return [text](EditControl* edit) { Commit(edit, Q(text)); };
 }
-void TypeEnter(EditControl* edit) {
-    QTest::keyClick(edit, Qt::Key_Return);
-}
-void TypeTab(EditControl* edit) {
-    QTest::keyClick(edit, Qt::Key_Tab);
-}
-void CommitJapanese(EditControl* edit) {
-    Commit(edit, QStringLiteral("日本語"));
-}
-std::function<void(EditControl*)> Paste(const QString& foreignText) {
-    return [foreignText](EditControl* edit) {
-        PutOnClipboard(ForeignText(foreignText));
+std::function<void(EditControl*)> Paste(std::function<QMimeData*()> make) {
+    return [make](EditControl* edit) {
+        QGuiApplication::clipboard()->setMimeData(make());
         edit->paste();
     };
 }
-std::function<void(EditControl*)> PasteExact(std::u16string text) {
-    return [text](EditControl* edit) {
-        auto* data = new QMimeData;
-        data->setData(EditControl::kTextMimeType, Utf16Bytes(text));
-        PutOnClipboard(data);
-        edit->paste();
-    };
+std::function<void(EditControl*)> PasteForeign(const char16_t* text) {
+    return Paste([text] { return ForeignText(QString::fromUtf16(text)); });
 }
 
-const LimitCase kLimits[] = {
-    {"type-last-character", u"abcd", 4, 4, 5, TypeX, u"abcdx", false},
-    {"type-over-selection-when-full", u"abcde", 1, 3, 5, TypeX, u"axde", false},
-    {"line-break-counts-two", u"abcd", 4, 4, 5, TypeEnter, u"abcd", true},
-    {"line-break-fits", u"abc", 3, 3, 5, TypeEnter, u"abc\r\n", false},
-    {"selected-break-makes-room", u"ab\r\nc", 2, 3, 5, TypeX, u"abxc", false},
-    {"tab-past-limit", u"abcde", 0, 0, 5, TypeTab, u"abcde", true},
-    {"marks-count-one", u"a\nb\rc", 5, 5, 6, TypeX, u"a\nb\rcx", false},
-    {"input-method-fits", u"ab", 2, 2, 5, CommitJapanese, u"ab日本語", false},
-    {"input-method-refused-whole", u"abc", 3, 3, 5, CommitJapanese, u"abc", true},
-    {"loaded-text-past-limit-refuses-typing", u"abcdefgh", 8, 8, 5, TypeX, u"abcdefgh", true},
-    {"loaded-text-past-limit-allows-deleting", u"abcdefgh", 0, 0, 5,
-     [](EditControl* edit) { QTest::keyClick(edit, Qt::Key_Delete); }, u"bcdefgh", false},
-    {"paste-replaces-selection", u"abcde", 1, 4, 5, Paste(QStringLiteral("vwxyz")), u"avwxe", true},
-    {"paste-keeps-surrogate-pair-whole", u"ab", 2, 2, 4, Paste(QStringLiteral("x\U0001F600")),
-     u"abx", true},
-    {"paste-keeps-line-break-whole", u"ab", 2, 2, 4, Paste(QStringLiteral("x\ny")), u"abx", true},
-    {"paste-cuts-after-mark", u"", 0, 0, 3, PasteExact(u"a\nb\rc"), u"a\nb", true},
+const InputCase kInputs[] = {
+    {"type-last-character", u"abcd", 4, 4, 5, Key(Qt::Key_X), u"abcdx", false},
+    {"type-over-selection-when-full", u"abcde", 1, 3, 5, Key(Qt::Key_X), u"axde", false},
+    {"line-break-counts-two", u"abcd", 4, 4, 5, Key(Qt::Key_Return), u"abcd", true},
+    // Qt would put U+2028 in the text: a break on screen that is no line of the file.
+    {"shift-enter-starts-a-line", u"ab", 1, 1, 9, Key(Qt::Key_Return, Qt::ShiftModifier), u"a\r\nb",
+     false},
+    {"tab-past-limit", u"abcde", 0, 0, 5, Key(Qt::Key_Tab), u"abcde", true},
+    {"typed-mark-leaves-the-caret-after-it", u"ab", 1, 1, 9,
+     [](EditControl* edit) {
+         SendKey(edit, QStringLiteral("\u2029"));
+         QTest::keyClick(edit, Qt::Key_X);
+     },
+     u"a\u2029xb", false},
+    {"input-method-fits", u"ab", 2, 2, 5, InputMethod(u"日本語"), u"ab日本語", false},
+    {"input-method-refused-whole", u"abc", 3, 3, 5, InputMethod(u"日本語"), u"abc", true},
+    {"loaded-text-past-limit-refuses-typing", u"abcdefgh", 8, 8, 5, Key(Qt::Key_X), u"abcdefgh",
+     true},
+    {"loaded-text-past-limit-allows-deleting", u"abcdefgh", 0, 0, 5, Key(Qt::Key_Delete),
+     u"bcdefgh", false},
+    {"paste-replaces-selection-cut-to-fit", u"abcde", 1, 4, 5, PasteForeign(u"vwxyz"), u"avwxe",
+     true},
+    {"paste-keeps-surrogate-pair-whole", u"ab", 2, 2, 4, PasteForeign(u"x\U0001F600"), u"abx",
+     true},
+    {"paste-keeps-line-break-whole", u"ab", 2, 2, 4, PasteForeign(u"x\ny"), u"abx", true},
+    {"paste-cuts-after-mark", u"", 0, 0, 3, Paste([] { return ExactText(u"a\nb\rc"); }), u"a\nb",
+     true},
+    // Other programs break lines with CR LF, CR or LF alike.
+    {"foreign-text-breaks-lines-at-crlf-cr-and-lf", u"<>", 1, 1, 99,
+     PasteForeign(u"a\r\nb\rc\nd\n\re\u2029f"), u"<a\r\nb\r\nc\r\nd\r\n\r\ne\u2029f>", false},
+    {"exact-text-wins-over-plain", u"", 0, 0, 9,
+     Paste([] { return ExactText(u"a\nb", QStringLiteral("plain")); }), u"a\nb", false},
+    {"files-are-no-text", u"ab", 1, 1, 9, Paste(FilesOnly), u"ab", false},
 };
 
-class EditControlLimit : public EditControlTest, public ::testing::WithParamInterface<LimitCase> {};
-
-TEST_P(EditControlLimit, HoldsInputToTheLimit) {
-    const LimitCase& limit = GetParam();
-    edit_->setTextLimit(limit.limit);
-    setText(limit.text, limit.selectionStart, limit.selectionEnd);
-    QSignalSpy reached(edit_, &EditControl::textLimitReached);
-
-    limit.input(edit_);
-
-    EXPECT_EQ(text(), limit.expected);
-    EXPECT_EQ(reached.count(), limit.refused ? 1 : 0);
+TEST_F(EditControlTest, HoldsInputToTheLimit) {
+    for (const InputCase& input : kInputs) {
+        SCOPED_TRACE(input.name);
+        edit_->setTextLimit(input.limit);
+        setText(input.text, input.selectionStart, input.selectionEnd);
+        QSignalSpy reached(edit_, &EditControl::textLimitReached);
+        input.input(edit_);
+        EXPECT_EQ(text(), input.expected);
+        EXPECT_EQ(reached.count(), input.refused ? 1 : 0);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Inputs, EditControlLimit, ::testing::ValuesIn(kLimits),
-                         CaseName<LimitCase>);
-
-TEST_F(EditControlTest, DefaultLimitIs65536Characters) {
-    EXPECT_EQ(edit_->textLimit(), 65536);
-    std::u16string full;
-    while (full.size() + 65 <= 65534)
-        full += std::u16string(63, u'x') + u"\r\n";
-    full.resize(65534, u'x');
-    SetEditorText(*document_, full);
-    edit_->moveCursor(QTextCursor::End);
-    TypeX(edit_);
-    TypeX(edit_);
-    EXPECT_EQ(EditorTextLength(*document_), 65536);
-    TypeX(edit_);
-    EXPECT_EQ(EditorTextLength(*document_), 65536);
-}
-
+// Plain text for other programs (LF breaks, marks as their characters), the exact text for us.
 TEST_F(EditControlTest, CopyPlacesPlainTextAndTheExactText) {
     const std::u16string exact = u"b\r\nc\nd\re\u2029f\uFFFC\u240A";
     setText(u"a" + exact + u"g", 1, 12);
-    ASSERT_EQ(EditorText(edit_->textCursor()), exact);
 
     edit_->copy();
 
@@ -222,114 +202,177 @@ TEST_F(EditControlTest, CopyPlacesPlainTextAndTheExactText) {
     EXPECT_EQ(data->data(EditControl::kTextMimeType), Utf16Bytes(exact));
 }
 
-TEST_F(EditControlTest, CutThenPasteElsewhereBringsTheMarksBack) {
-    const std::u16string marked = u"x\ny\rz\u2028\uFDD0";
-    setText(u"[" + marked + u"]\r\nend", 1, 8);
-
-    edit_->cut();
-    EXPECT_EQ(text(), u"[]\r\nend");
-    QTextCursor atEnd(document_);
-    atEnd.movePosition(QTextCursor::End);
-    edit_->setTextCursor(atEnd);
-    edit_->paste();
-
-    EXPECT_EQ(text(), u"[]\r\nend" + marked);
-    edit_->undo();
-    EXPECT_EQ(text(), u"[]\r\nend");
-}
-
-TEST_F(EditControlTest, ForeignTextBreaksLinesAtCrLfCrAndLf) {
-    setText(u"<>", 1, 1);
-    PutOnClipboard(ForeignText(QStringLiteral("a\r\nb\rc\nd\n\re\u2029f")));
-
-    edit_->paste();
-
-    EXPECT_EQ(text(), u"<a\r\nb\r\nc\r\nd\r\n\r\ne\u2029f>");
-    EXPECT_EQ(document_->blockCount(), 6);
-}
-
-TEST_F(EditControlTest, PasteNeedsText) {
-    struct {
-        const char* name;
-        std::function<QMimeData*()> make;
-        bool canPaste;
-    } cases[] = {
-        {"plain text", [] { return ForeignText(QStringLiteral("x")); }, true},
-        {"exact text only",
-         [] {
-             auto* data = new QMimeData;
-             data->setData(EditControl::kTextMimeType, Utf16Bytes(u"x"));
-             return data;
-         },
-         true},
-        {"files only",
-         [] {
-             auto* data = new QMimeData;
-             data->setUrls({QUrl::fromLocalFile(QStringLiteral("/tmp/a.txt"))});
-             return data;
-         },
-         false},
-    };
-    for (const auto& c : cases) {
-        PutOnClipboard(c.make());
-        EXPECT_EQ(edit_->canPaste(), c.canPaste) << c.name;
+// QMimeData::hasText() counts a list of files as text.
+TEST_F(EditControlTest, PasteIsOfferedForTextOnly) {
+    for (QMimeData* data : {ForeignText(QStringLiteral("x")), ExactText(u"x")}) {
+        QGuiApplication::clipboard()->setMimeData(data);
+        EXPECT_TRUE(edit_->canPaste());
     }
-    QGuiApplication::clipboard()->clear();
+    QGuiApplication::clipboard()->setMimeData(FilesOnly());
     EXPECT_FALSE(edit_->canPaste());
-
-    setText(u"ab", 1, 1);
-    auto* files = new QMimeData;
-    files->setUrls({QUrl::fromLocalFile(QStringLiteral("/tmp/a.txt"))});
-    PutOnClipboard(files);
-    edit_->paste();
-    EXPECT_EQ(text(), u"ab");
 }
 
-TEST_F(EditControlTest, DropInsertsAtTheDropPointWithinTheLimit) {
-    window_.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window_));
-    edit_->setTextLimit(5);
-    setText(u"ab", 0, 0);
-    QMimeData data;
-    data.setText(QStringLiteral("wxyz"));
-    QTextCursor end(document_);
-    end.movePosition(QTextCursor::End);
-    const QPointF point = QRectF(edit_->cursorRect(end)).center();
-    QSignalSpy reached(edit_, &EditControl::textLimitReached);
+// ---- Random edits against a model ----
 
-    QDragEnterEvent enter(point.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(edit_->viewport(), &enter);
-    QDropEvent drop(point, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(edit_->viewport(), &drop);
+// The model holds each line break as the one character kBreak, so that its offsets are the
+// positions of the document.
+constexpr char16_t kBreak = u'\uE000';
 
-    EXPECT_TRUE(drop.isAccepted());
-    EXPECT_EQ(text(), u"abwxy");
-    EXPECT_EQ(reached.count(), 1);
+std::u16string FileText(std::u16string_view model) {
+    std::u16string text;
+    for (const char16_t c : model)
+        text += c == kBreak ? std::u16string(u"\r\n") : std::u16string(1, c);
+    return text;
 }
 
-// The view moves one document between its two controls; each control works on whatever
-// document it shows at the moment.
-TEST_F(EditControlTest, FollowsTheDocumentItIsGiven) {
-    EditControl second(&window_);
-    QTextDocument* spare = CreateEditorDocument(&window_);
-    edit_->setTextLimit(6);
-    second.setTextLimit(6);
-    setText(u"a\nb", 3, 3);
-
-    edit_->setDocument(spare);
-    second.setDocument(document_);
-    QTextCursor cursor(document_);
-    cursor.movePosition(QTextCursor::End);
-    second.setTextCursor(cursor);
-    PutOnClipboard(ForeignText(QStringLiteral("12345")));
-    second.paste();
-    edit_->paste();
-
-    EXPECT_EQ(text(), u"a\nb123");
-    EXPECT_EQ(EditorText(*spare), u"12345");
-    EXPECT_EQ(document_->parent(), &window_);
-    EXPECT_EQ(spare->parent(), &window_);
+// breakAll: CR and LF alone break lines too, as in text from other programs.
+std::u16string ModelText(std::u16string_view text, bool breakAll = false) {
+    std::u16string model;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const bool pair = text.substr(i, 2) == u"\r\n";
+        const bool lone = breakAll && (text[i] == u'\r' || text[i] == u'\n');
+        model += pair || lone ? kBreak : text[i];
+        i += pair ? 1 : 0;
+    }
+    return model;
 }
+
+// Japanese text, surrogate pairs, line breaks and every character that is kept as a mark; the
+// keys are what a key press can carry.
+const std::u16string kPieces[] = {u"a",    u"漢字",   u"ｶﾅ",    u"\U0001F600", u"\U00020BB7",
+                                  u"\r\n", u"\r",     u"\n",    u"\u2028",     u"\u2029",
+                                  u"\t",   u"\uFFFC", u"\uFDD0"};
+const std::u16string kKeys[] = {u"a", u"漢", u"ｶ", u"\t", u"\u2029", u"\uFFFC"};
+
+class RandomEdits : public EditControlTest, public ::testing::WithParamInterface<unsigned> {
+protected:
+    int next(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(random_); }
+    // A position of the model that does not split a surrogate pair.
+    int position(int at) const {
+        const auto size = static_cast<int>(model_.size());
+        at = std::clamp(at, 0, size);
+        return at > 0 && at < size && QChar::isLowSurrogate(model_[at]) ? at - 1 : at;
+    }
+    std::u16string pieces() {
+        std::u16string text;
+        for (int count = 1 + next(4); count > 0; --count)
+            text += kPieces[next(std::size(kPieces))];
+        return text;
+    }
+    void replace(int start, int end, std::u16string_view with) {
+        model_.replace(start, end - start, with);
+    }
+
+    // One random edit of a random selection, done to the control and to the model; its
+    // description, or nothing when it would change nothing.
+    std::string edit() {
+        int start = position(next(999));
+        int end = position(next(999));
+        if (end < start)
+            std::swap(start, end);
+        select(start, end);
+        const std::string at = " at " + std::to_string(start) + ".." + std::to_string(end);
+        const std::u16string text = pieces();
+        const std::string shown = ::testing::PrintToString(text);
+        switch (next(8)) {
+        case 0: {
+            QTextCursor cursor = edit_->textCursor();
+            InsertEditorText(cursor, text);
+            replace(start, end, ModelText(text));
+            return "insert " + shown + at;
+        }
+        case 1:
+            // A composition takes the selection away as it starts, as an undo step of its own.
+            if (start < end) {
+                replace(start, end, {});
+                history_.push_back(model_);
+            }
+            Commit(edit_, Q(text));
+            replace(start, start, ModelText(text));
+            return "input method " + shown + at;
+        case 2: {
+            const std::u16string key = kKeys[next(std::size(kKeys))];
+            SendKey(edit_, Q(key));
+            replace(start, end, key);
+            return "key " + ::testing::PrintToString(key) + at;
+        }
+        case 3:
+            // At the caret: Enter over a selection that reaches the end of the text loses the
+            // character of a mark in it on undo.
+            select(start, start);
+            QTest::keyClick(edit_, Qt::Key_Return);
+            replace(start, start, std::u16string(1, kBreak));
+            return "enter at " + std::to_string(start);
+        case 4:
+            if (start == end)
+                end = position(start + 2) > start + 1 ? start + 2 : position(start + 1);
+            if (start == end)
+                return {};
+            select(start, end);
+            QTest::keyClick(edit_, Qt::Key_Delete);
+            replace(start, end, {});
+            return "delete" + at;
+        case 5:
+            QGuiApplication::clipboard()->setMimeData(ForeignText(Q(text)));
+            edit_->paste();
+            replace(start, end, ModelText(text, true));
+            return "paste foreign " + shown + at;
+        case 6: {
+            const int from = position(next(999));
+            const int to = position(from + 1 + next(8));
+            if (to <= from)
+                return {};
+            // The clipboard holds the text as EditorText gives it.
+            const std::u16string copied = ModelText(FileText(model_.substr(from, to - from)));
+            select(from, to);
+            edit_->copy();
+            select(start, end);
+            edit_->paste();
+            replace(start, end, copied);
+            return "copy " + std::to_string(from) + ".." + std::to_string(to) + " to" + at;
+        }
+        default:
+            if (start == end)
+                return {};
+            edit_->cut();
+            replace(start, end, {});
+            return "cut" + at;
+        }
+    }
+
+    std::mt19937 random_{GetParam()};
+    std::u16string model_;
+    std::vector<std::u16string> history_;
+};
+
+// After each edit the text is the model's; undo then walks back through the model's history to
+// the start. Qt may join steps into one (keys typed in a row) but never gives a text the edits
+// did not have.
+TEST_P(RandomEdits, MatchTheModelAndUndoBackThroughItsHistory) {
+    const std::u16string start = u"行1\r\n\r\n行3";
+    SetEditorText(*document_, start);
+    history_ = {model_ = ModelText(start)};
+    std::string log;
+    for (int step = 0; step < 200; ++step) {
+        const std::string done = edit();
+        if (done.empty())
+            continue;
+        log += done + "\n";
+        history_.push_back(model_);
+        ASSERT_EQ(text(), FileText(model_)) << log;
+    }
+    size_t at = history_.size() - 1;
+    for (size_t press = 0; press < 2 * history_.size() && document_->isUndoAvailable(); ++press) {
+        edit_->undo();
+        while (at > 0 && FileText(history_[at]) != text())
+            --at;
+        ASSERT_EQ(text(), FileText(history_[at])) << "undo " << press + 1 << " of\n" << log;
+    }
+    EXPECT_FALSE(document_->isUndoAvailable());
+    EXPECT_FALSE(document_->isModified());
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomEdits, ::testing::Range(1u, 9u));
 
 } // namespace
 } // namespace korvel

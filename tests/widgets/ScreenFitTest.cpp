@@ -26,7 +26,7 @@ TEST(FittedGeometry, KeepsTheFramedWindowOnTheWorkArea) {
         {"480x640 portrait", {4, 30, 480, 640}, {0, 0, 480, 640}, {}, {4, 30, 472, 606}},
         {"moved back on screen", {700, 500, 200, 100}, {0, 0, 800, 600}, {}, {596, 496, 200, 100}},
         {"off the top left", {-50, -20, 200, 100}, {0, 0, 800, 600}, {}, {4, 30, 200, 100}},
-        {"work area below a panel", {4, 0, 300, 200}, {0, 40, 800, 560}, {}, {4, 70, 300, 200}},
+        {"work area beside panels", {4, 0, 300, 200}, {40, 40, 760, 560}, {}, {44, 70, 300, 200}},
         {"never below the minimum",
          {4, 30, 800, 600},
          {0, 0, 480, 640},
