@@ -172,14 +172,6 @@ std::optional<QString> OwnerBeforeUs(const std::optional<QString>& currentDefaul
     return entry.value(kEntryGroup, kOldEntryKey);
 }
 
-// With no previous owner kept, .txt, .htm and .html go back to the system's default for their
-// type; the others stay as they are.
-bool FallsBackToSystemDefault(const QString& extension) {
-    static const QStringList kFallingBack = {QStringLiteral(".txt"), QStringLiteral(".htm"),
-                                             QStringLiteral(".html")};
-    return kFallingBack.contains(extension, Qt::CaseInsensitive);
-}
-
 // The type an extension gets when the extensions before it in the list hold the given types.
 QString TypeAfter(const QString& extension, const QString& description,
                   const QList<std::pair<QString, QString>>& earlier) {
@@ -297,12 +289,13 @@ bool UnregisterExtension(const QString& extension) {
     XdgKeyFile entry;
     entry.read(DesktopEntryPath(className));
     const QString previousOwner = entry.value(kEntryGroup, kOldEntryKey).value_or(QString());
-    if (!previousOwner.isEmpty())
-        mimeApps.setValue(kDefaultsGroup, mimeType, previousOwner);
-    else if (FallsBackToSystemDefault(extension))
+    // With no previous owner kept, the user had made no choice for the type: without our line
+    // the system's default opens it again, as "txtfile" and "htmlfile" did, and unticking an
+    // extension never leaves it with us.
+    if (previousOwner.isEmpty())
         mimeApps.removeKey(kDefaultsGroup, mimeType);
     else
-        return true;
+        mimeApps.setValue(kDefaultsGroup, mimeType, previousOwner);
     return mimeApps.write(UserMimeAppsList());
 }
 
