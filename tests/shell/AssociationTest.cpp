@@ -279,7 +279,10 @@ TEST_F(AssociationTest, OnlyTxtTakesPlainTextTheOthersWithoutATypeGetOneOfTheirO
 }
 
 // What the desktop itself answers: xdg-mime, run in the same home, in its desktop-neutral mode.
+// The user's mimeinfo.cache goes first: xdg-mime falls back to its first entry for the type,
+// which may be ours by chance; without it only mimeapps.list and a runnable entry can say "ours".
 QString DesktopDefaultOf(const QString& mimeType) {
+    QFile::remove(qEnvironmentVariable("XDG_DATA_HOME") + "/applications/mimeinfo.cache");
     QProcess query;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("XDG_CURRENT_DESKTOP", "X-Generic");
