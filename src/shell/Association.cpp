@@ -177,14 +177,14 @@ QString TypeAfter(const QString& extension, const QString& description,
                   const QList<std::pair<QString, QString>>& earlier) {
     if (extension.compare(kMacroExtension, Qt::CaseInsensitive) == 0)
         return OwnMimeTypeOf(extension); // the program's own file format
-    const QString system = SystemMimeTypeOfExtension(extension);
-    if (system.isEmpty())
+    const QString desktop = DesktopMimeTypeOfExtension(extension);
+    if (desktop.isEmpty())
         return OwnMimeTypeOf(extension);
     for (const auto& [type, kind] : earlier) {
-        if (type == system && kind != description)
+        if (type == desktop && kind != description)
             return OwnMimeTypeOf(extension);
     }
-    return system;
+    return desktop;
 }
 
 // Every extension of the list with its type, worked out in list order.
@@ -230,8 +230,8 @@ QString MimeTypeOfExtension(const QString& extension) {
         if (entry.extension.compare(extension, Qt::CaseInsensitive) == 0)
             return type;
     }
-    const QString system = SystemMimeTypeOfExtension(extension);
-    return system.isEmpty() ? OwnMimeTypeOf(extension) : system;
+    const QString desktop = DesktopMimeTypeOfExtension(extension);
+    return desktop.isEmpty() ? OwnMimeTypeOf(extension) : desktop;
 }
 
 bool RegisterExtension(const QString& extension, const QString& className,

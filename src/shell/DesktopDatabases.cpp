@@ -94,7 +94,7 @@ QString UserMimeFolder() {
     return DataHome() + QStringLiteral("/mime");
 }
 
-QString SystemMimeTypeOfExtension(QStringView extension) {
+QString DesktopMimeTypeOfExtension(QStringView extension) {
     const QString pattern = u'*' + extension.toString();
     QString best;
     int bestWeight = -1;
@@ -107,7 +107,7 @@ QString SystemMimeTypeOfExtension(QStringView extension) {
             const QStringList fields = QString::fromUtf8(globs.readLine()).trimmed().split(u':');
             if (fields.size() < 3 || fields[0].startsWith(u'#'))
                 continue;
-            if (fields[2].compare(pattern, Qt::CaseInsensitive) != 0 || IsOwnMimeType(fields[1]))
+            if (fields[2].compare(pattern, Qt::CaseInsensitive) != 0)
                 continue;
             const int weight = fields[0].toInt();
             if (weight > bestWeight) { // on a tie the folder that comes first wins
@@ -128,7 +128,8 @@ bool IsOwnMimeType(QStringView mimeType) {
 }
 
 bool InstallOwnMimeTypes(const QList<OwnMimeType>& types) {
-    const QString packagePath = UserMimeFolder() + QStringLiteral("/packages/") + kPackageName.toString();
+    const QString packagePath =
+        UserMimeFolder() + QStringLiteral("/packages/") + kPackageName.toString();
     const QByteArray text = PackageText(types);
     QFile installed(packagePath);
     if (installed.open(QIODevice::ReadOnly) && installed.readAll() == text)

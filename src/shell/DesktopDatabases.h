@@ -14,10 +14,10 @@ QString UserApplicationsFolder();
 QString UserMimeAppsList();
 QString UserMimeFolder();
 
-// The MIME type that the installed shared-mime-info databases give files named "*<extension>"
-// (the glob of highest weight; the user's database counts too), leaving out the types of our
-// own package; empty when none does.
-QString SystemMimeTypeOfExtension(QStringView extension);
+// The MIME type that the shared-mime-info databases give files named "*<extension>": the glob of
+// highest weight, the user's database (with our own package) included, as the desktop reads
+// them; empty when none does.
+QString DesktopMimeTypeOfExtension(QStringView extension);
 
 // The type of our own for an extension the system has no fitting type for ("text/x-korvel-mcr").
 QString OwnMimeTypeOf(QStringView extension);
