@@ -7,7 +7,8 @@ packages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools libgl-dev fonts-
 for need in "$@"; do
     case "$need" in
     build) ;;
-    test) packages+=(libgtest-dev libgmock-dev libpython3.11-testsuite desktop-file-utils) ;;
+    test) packages+=(libgtest-dev libgmock-dev libpython3.11-testsuite desktop-file-utils xdg-utils
+                     shared-mime-info) ;;
     bench) packages+=(libbenchmark-dev nkf icu-devtools libc-bin time python3 manpages manpages-dev
                       manpages-ja manpages-ja-dev debian-policy-ja aptitude-doc-ja
                       libpython3.11-testsuite xvfb) ;;
