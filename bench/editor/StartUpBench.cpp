@@ -2,7 +2,9 @@
 // process: with no file, and with a 1 MiB Shift_JIS file on its command line. Every run is timed
 // in turns with korvel_bare_editor, a QPlainTextEdit that opens the same file the simplest way,
 // and the same probe stops both clocks: PaintProbe.cpp, loaded through LD_PRELOAD, so that the
-// editor runs as it ships.
+// editor runs as it ships. And how long a later start takes to hand the same file to a running
+// editor, from its start until it ends (the running editor has then opened the file), in turns
+// with a first start that shows the file.
 //
 // A run starts just before posix_spawn and ends when the probe in the child has seen the text
 // view's first paint done; both read CLOCK_MONOTONIC. The programs keep their settings in the
@@ -12,6 +14,7 @@
 #include "SampleFiles.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <cerrno>
@@ -48,6 +51,10 @@ struct Setup {
     std::string folder; // the temporary folder, ending in "/"
     std::string shiftJisFile;
     std::vector<std::string> environment;
+    // For the running editor and the starts that hand over to it: a run-time folder of their
+    // own, and no probe.
+    std::vector<std::string> handOverEnvironment;
+    std::string handOverRuntime;
 };
 
 // Filled by main before any benchmark runs.
@@ -195,6 +202,104 @@ void BM_StartUp(benchmark::State& state, bool withFile) {
     state.counters["vs_bare"] = bareSeconds > 0 ? ownSeconds / bareSeconds : 0;
 }
 
+std::vector<char*> Pointers(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    for (const std::string& string : strings)
+        pointers.push_back(const_cast<char*>(string.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// Starts the editor with the hand-over environment, its output thrown away.
+pid_t SpawnEditor(const std::string& file) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    std::vector<std::string> arguments = {setup.editor};
+    if (!file.empty())
+        arguments.push_back(file);
+    pid_t child = 0;
+    const int spawned =
+        posix_spawn(&child, setup.editor.c_str(), &actions, nullptr, Pointers(arguments).data(),
+                    Pointers(setup.handOverEnvironment).data());
+    posix_spawn_file_actions_destroy(&actions);
+    return spawned == 0 ? child : -1;
+}
+
+// The running editor: started once, ready when its socket answers (a later start then finds
+// it), ended with the benchmark.
+class RunningEditor {
+public:
+    RunningEditor() : process_(SpawnEditor({})) {}
+    ~RunningEditor() {
+        if (process_ > 0) {
+            kill(process_, SIGTERM);
+            waitpid(process_, nullptr, 0);
+        }
+    }
+    // Ready once its socket is in the run-time folder, which nothing else uses.
+    bool ready() const {
+        for (int waited = 0; process_ > 0 && waited < kTimeoutMs; waited += 50) {
+            if (!QDir(QString::fromStdString(setup.handOverRuntime))
+                     .entryList(QDir::System | QDir::NoDotAndDotDot)
+                     .isEmpty())
+                return true;
+            usleep(50'000);
+        }
+        return false;
+    }
+
+private:
+    pid_t process_;
+};
+
+// A later start with the file, until it ends: the running editor has the file open by then.
+std::optional<double> HandOverSeconds(std::string* error) {
+    const long long start = MonotonicNanoseconds();
+    const pid_t later = SpawnEditor(setup.shiftJisFile);
+    int status = 0;
+    if (later <= 0 || waitpid(later, &status, 0) != later || !WIFEXITED(status) ||
+        WEXITSTATUS(status) != 0) {
+        *error = "the later start did not hand its file over";
+        return std::nullopt;
+    }
+    return static_cast<double>(MonotonicNanoseconds() - start) * 1e-9;
+}
+
+// Each iteration hands the file over once and starts a first editor with it once, in an order
+// that alternates; vs_first_start is the hand-over's time over the first start's.
+void BM_HandOver(benchmark::State& state) {
+    const RunningEditor running;
+    std::string error;
+    if (!running.ready() || !HandOverSeconds(&error) ||
+        !RunToFirstPaint(setup.editor, setup.shiftJisFile, &error)) {
+        state.SkipWithError(error.empty() ? "the running editor did not answer" : error.c_str());
+        return;
+    }
+    static int round = 0;
+    double handOverTotal = 0;
+    double firstStartTotal = 0;
+    for (auto _ : state) {
+        const bool handOverFirst = round++ % 2 == 0;
+        std::optional<double> handOver = handOverFirst ? HandOverSeconds(&error) : 0.0;
+        std::optional<FirstPaint> firstStart =
+            handOver ? RunToFirstPaint(setup.editor, setup.shiftJisFile, &error) : std::nullopt;
+        if (firstStart && !handOverFirst)
+            handOver = HandOverSeconds(&error);
+        if (!handOver || !firstStart) {
+            state.SkipWithError(error.c_str());
+            break;
+        }
+        state.SetIterationTime(*handOver);
+        handOverTotal += *handOver;
+        firstStartTotal += firstStart->seconds;
+    }
+    state.counters["first_start_ms"] =
+        benchmark::Counter(firstStartTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["vs_first_start"] = firstStartTotal > 0 ? handOverTotal / firstStartTotal : 0;
+}
+
 BENCHMARK_CAPTURE(BM_StartUp, no_file, false)
     ->Iterations(1)
     ->UseManualTime()
@@ -203,6 +308,8 @@ BENCHMARK_CAPTURE(BM_StartUp, shift_jis_1MiB, true)
     ->Iterations(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
+
+BENCHMARK(BM_HandOver)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 constexpr const char* kUsage =
     "korvel_startup_bench [--editor=PATH] [--bare=PATH] [--probe=PATH] [--samples=DIR]\n"
@@ -232,9 +339,11 @@ bool ReadOptions(int argc, char** argv) {
     return true;
 }
 
-// The launcher's own environment, with the probe preloaded, its own settings folder, and a
+// The launcher's own environment, with the probe preloaded, its own settings, data and
+// run-time folders (so that a start never hands over to an editor the user has running), and a
 // platform that works without a display.
-std::vector<std::string> ChildEnvironment(const std::string& configFolder) {
+std::vector<std::string> ChildEnvironment(const std::string& configFolder,
+                                          const std::string& runtimeFolder) {
     std::vector<std::string> environment;
     std::string preload = setup.probe;
     for (char** variable = environ; *variable != nullptr; ++variable) {
@@ -243,12 +352,16 @@ std::vector<std::string> ChildEnvironment(const std::string& configFolder) {
             preload.append(1, ':').append(entry.substr(11));
             continue;
         }
-        if (entry.starts_with("XDG_CONFIG_HOME=") || entry.starts_with("KORVEL_PAINT_PROBE_FD="))
+        if (entry.starts_with("XDG_CONFIG_HOME=") || entry.starts_with("XDG_DATA_HOME=") ||
+            entry.starts_with("XDG_RUNTIME_DIR=") || entry.starts_with("KORVEL_PAINT_PROBE_FD="))
             continue;
         environment.emplace_back(entry);
     }
     environment.push_back("LD_PRELOAD=" + preload);
+    // Its own data folder too: the start-up association check must find nothing to ask about.
     environment.push_back("XDG_CONFIG_HOME=" + configFolder);
+    environment.push_back("XDG_DATA_HOME=" + configFolder);
+    environment.push_back("XDG_RUNTIME_DIR=" + runtimeFolder);
     environment.push_back("KORVEL_PAINT_PROBE_FD=" + std::to_string(kProbeFd));
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY") &&
         qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
@@ -292,7 +405,24 @@ int main(int argc, char** argv) {
         return 1;
     }
     setup.shiftJisFile = file.toStdString();
-    setup.environment = korvel::bench::ChildEnvironment(configFolder.toStdString());
+    const QString firstStarts = folder.filePath(QStringLiteral("runtime"));
+    const QString handOvers = folder.filePath(QStringLiteral("runtime-handover"));
+    for (const QString& runtime : {firstStarts, handOvers}) {
+        if (!QDir().mkdir(runtime) ||
+            !QFile::setPermissions(runtime,
+                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)) {
+            std::fprintf(stderr, "could not make the run-time folders\n");
+            return 1;
+        }
+    }
+    setup.environment =
+        korvel::bench::ChildEnvironment(configFolder.toStdString(), firstStarts.toStdString());
+    // The probe reads its descriptor from the environment; without it the probe stays quiet.
+    for (const std::string& variable :
+         korvel::bench::ChildEnvironment(configFolder.toStdString(), handOvers.toStdString())) {
+        if (!variable.starts_with("KORVEL_PAINT_PROBE_FD="))
+            setup.handOverEnvironment.push_back(variable);
+    }
     benchmark::AddCustomContext("platform", korvel::bench::PlatformInUse());
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -1,6 +1,7 @@
 #include "document/FileReplacement.h"
 #include "settings/SettingsStore.h"
 #include "shell/AppIcon.h"
+#include "shell/Association.h"
 #include "shell/CMainFrame.h"
 #include "shell/SingleInstance.h"
 #include "shell/StartupArguments.h"
@@ -96,5 +97,6 @@ int main(int argc, char* argv[]) {
         receiver = std::make_unique<korvel::HandoverReceiver>(
             std::move(claim.server),
             [&frame](const QString& path) { frame.receiveHandover(path); });
+    korvel::StartupAssociationCheck(&frame);
     return QApplication::exec();
 }

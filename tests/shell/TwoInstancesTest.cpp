@@ -39,6 +39,7 @@ protected:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir_.path());
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), dir_.path());
         environment.insert(QStringLiteral("KORVEL_MESSAGE_LOG"), log_);
         const QString runtime =
             dir_.filePath(runtimeName.isEmpty() ? QString::number(processes_.size()) : runtimeName);
