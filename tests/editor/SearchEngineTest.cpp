@@ -32,7 +32,6 @@ public:
     }
     QWidget* messageParent() const override { return nullptr; }
 
-    std::pair<std::size_t, std::size_t> selection() const { return {start_, end_}; }
     int undoSteps = 0;
 
 private:
@@ -41,22 +40,25 @@ private:
     std::size_t end_;
 };
 
-using Selection = std::pair<std::size_t, std::size_t>;
 constexpr auto kYes = MessageAnswer::Yes;
 constexpr auto kNo = MessageAnswer::No;
 
-struct FindRow {
-    const char* fault;
-    std::u16string text;
-    Selection selection;
-    std::u16string needle;
-    bool towardsStart;
-    bool ignoreCase;
-    FindMode mode;
-    MessageAnswer wrapAnswer; // the answer to a question whether to go on from the other end
-    QList<int> messages;
-    Selection selected; // the selection afterwards
-};
+// A text with its selection between ⟦ and ⟧, as the rows write it.
+TextTarget Marked(std::u16string_view marked) {
+    const std::size_t start = marked.find(u'⟦');
+    const std::size_t end = marked.find(u'⟧');
+    std::u16string text(marked.substr(0, start));
+    text += marked.substr(start + 1, end - start - 1);
+    text += marked.substr(end + 1);
+    return TextTarget(std::move(text), start, end - 1);
+}
+
+std::u16string MarkedText(const TextTarget& target) {
+    const std::u16string text = target.text();
+    const std::size_t start = target.selectionStart();
+    const std::size_t end = target.selectionEnd();
+    return text.substr(0, start) + u"⟦" + text.substr(start, end - start) + u"⟧" + text.substr(end);
+}
 
 // Answers every box the row expects: the questions as given, the others with OK.
 void Answer(ScriptedMessageService& messages, const QList<int>& ids, MessageAnswer question) {
@@ -65,209 +67,80 @@ void Answer(ScriptedMessageService& messages, const QList<int>& ids, MessageAnsw
 }
 
 TEST(SearchEngine, FindSelectsTheMatchOrSaysWhy) {
-    const FindRow rows[] = {
-        {"forward search starts at the selection's end",
-         u"abc abc",
-         {0, 3},
-         u"abc",
-         false,
-         false,
-         FindMode::Plain,
-         kYes,
-         {},
-         {4, 7}},
-        {"no question when nothing lies before the caret",
-         u"xyz abc",
-         {0, 0},
+    // how: '<' searches towards the start, 'i' ignores case, '1'/'2' the replace bar's modes.
+    const struct {
+        const char* fault;
+        std::u16string before;
+        std::u16string needle;
+        const char* how;
+        MessageAnswer wrap;
+        QList<int> messages;
+        std::u16string after;
+    } rows[] = {
+        {"starts at the selection's end", u"⟦abc⟧ abc", u"abc", "", kYes, {}, u"abc ⟦abc⟧"},
+        {"no question when nothing lies before",
+         u"⟦⟧xyz abc",
          u"q",
-         false,
-         false,
-         FindMode::Plain,
+         "",
          kYes,
          {40003},
-         {0, 0}},
-        {"a match before the caret is offered, Yes finds it",
-         u"abc xyz",
-         {5, 5},
+         u"⟦⟧xyz abc"},
+        {"a match before is offered, Yes finds it",
+         u"abc xy⟦⟧z",
          u"abc",
-         false,
-         false,
-         FindMode::Plain,
+         "",
          kYes,
          {30001},
-         {0, 3}},
-        {"No leaves the selection",
-         u"abc xyz",
-         {5, 5},
-         u"abc",
-         false,
-         false,
-         FindMode::Plain,
-         kNo,
-         {30001, 40003},
-         {5, 5}},
-        {"the replace bar's search names the find text",
-         u"xyz",
-         {0, 0},
-         u"q",
-         false,
-         false,
-         FindMode::NothingReplaced,
-         kYes,
-         {40014},
-         {0, 0}},
-        {"after a replacement it says there are no more",
-         u"xyz",
-         {0, 0},
-         u"q",
-         false,
-         false,
-         FindMode::AfterReplacement,
-         kYes,
-         {40017},
-         {0, 0}},
-        {"backward steps over overlapping matches",
-         u"aaa",
-         {3, 3},
-         u"aa",
-         true,
-         false,
-         FindMode::Plain,
-         kYes,
-         {},
-         {0, 2}},
-        {"backward finds a match at the very start",
-         u"ab xx",
-         {3, 3},
-         u"ab",
-         true,
-         false,
-         FindMode::Plain,
-         kYes,
-         {},
-         {0, 2}},
+         u"⟦abc⟧ xyz"},
+        {"No leaves the selection", u"abc xy⟦⟧z", u"abc", "", kNo, {30001, 40003}, u"abc xy⟦⟧z"},
+        {"the replace bar names the find text", u"⟦⟧xyz", u"q", "1", kYes, {40014}, u"⟦⟧xyz"},
+        {"after a replacement: no more", u"⟦⟧xyz", u"q", "2", kYes, {40017}, u"⟦⟧xyz"},
+        {"backward steps over overlaps", u"aaa⟦⟧", u"aa", "<", kYes, {}, u"⟦aa⟧a"},
+        {"backward finds a match at the start", u"ab ⟦⟧xx", u"ab", "<", kYes, {}, u"⟦ab⟧ xx"},
         {"backward wraps to the end on Yes",
-         u"xx ab ab",
-         {0, 0},
+         u"⟦⟧xx ab ab",
          u"ab",
-         true,
-         false,
-         FindMode::Plain,
+         "<",
          kYes,
          {30002},
-         {6, 8}},
-        {"backward: No says not found",
-         u"xx ab ab",
-         {0, 0},
-         u"ab",
-         true,
-         false,
-         FindMode::Plain,
-         kNo,
-         {30002, 40003},
-         {0, 0}},
+         u"xx ab ⟦ab⟧"},
+        {"backward: No says not found", u"⟦⟧xx ab", u"ab", "<", kNo, {30002, 40003}, u"⟦⟧xx ab"},
         {"backward asks only when a match lies after",
-         u"xx ab",
-         {0, 5},
+         u"⟦xx ab⟧",
          u"ab",
-         true,
-         false,
-         FindMode::Plain,
+         "<",
          kYes,
          {40003},
-         {0, 5}},
-        {"backward always says plainly not found",
-         u"xx",
-         {0, 0},
-         u"ab",
-         true,
-         false,
-         FindMode::AfterReplacement,
-         kYes,
-         {40003},
-         {0, 0}},
-        {"ignoring case folds the text",
-         u"xx ABC",
-         {0, 0},
-         u"abc",
-         false,
-         true,
-         FindMode::Plain,
-         kYes,
-         {},
-         {3, 6}},
-        {"minding case does not",
-         u"xx ABC",
-         {0, 0},
-         u"abc",
-         false,
-         false,
-         FindMode::Plain,
-         kYes,
-         {40003},
-         {0, 0}},
-        {"full-width letters fold",
-         u"xx ＡＢＣ",
-         {0, 0},
-         u"ａｂｃ",
-         false,
-         true,
-         FindMode::Plain,
-         kYes,
-         {},
-         {3, 6}},
-        {"a match runs across a line break",
-         u"a\r\nb",
-         {0, 0},
-         u"a\r\nb",
-         false,
-         false,
-         FindMode::Plain,
-         kYes,
-         {},
-         {0, 4}},
-        {"half a line break is no match",
-         u"a\r\nb",
-         {0, 0},
-         u"\nb",
-         false,
-         false,
-         FindMode::Plain,
-         kYes,
-         {40003},
-         {0, 0}},
+         u"⟦xx ab⟧"},
+        {"backward always says plainly not found", u"⟦⟧xx", u"ab", "<2", kYes, {40003}, u"⟦⟧xx"},
+        {"ignoring case folds the text", u"⟦⟧xx ABC", u"abc", "i", kYes, {}, u"xx ⟦ABC⟧"},
+        {"minding case does not", u"⟦⟧xx ABC", u"abc", "", kYes, {40003}, u"⟦⟧xx ABC"},
+        {"full-width letters fold", u"⟦⟧xx ＡＢＣ", u"ａｂｃ", "i", kYes, {}, u"xx ⟦ＡＢＣ⟧"},
+        {"a match runs across a line break", u"⟦⟧a\r\nb", u"a\r\nb", "", kYes, {}, u"⟦a\r\nb⟧"},
+        {"half a line break is no match", u"⟦⟧a\r\nb", u"\nb", "", kYes, {40003}, u"⟦⟧a\r\nb"},
         {"half a surrogate pair is no match",
-         u"x\U0001F600",
-         {0, 0},
+         u"⟦⟧x\U0001F600",
          u"\xDE00",
-         false,
-         false,
-         FindMode::Plain,
+         "",
          kYes,
          {40003},
-         {0, 0}},
-        {"a whole pair is found",
-         u"x\U0001F600",
-         {0, 0},
-         u"\U0001F600",
-         false,
-         false,
-         FindMode::Plain,
-         kYes,
-         {},
-         {1, 3}},
+         u"⟦⟧x\U0001F600"},
+        {"a whole pair is found", u"⟦⟧x\U0001F600", u"\U0001F600", "", kYes, {}, u"x⟦\U0001F600⟧"},
     };
-    for (const FindRow& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.fault);
+        const std::string how = row.how;
+        const FindMode mode = how.find('1') != std::string::npos   ? FindMode::NothingReplaced
+                              : how.find('2') != std::string::npos ? FindMode::AfterReplacement
+                                                                   : FindMode::Plain;
         ScriptedMessageService messages;
-        Answer(messages, row.messages, row.wrapAnswer);
-        TextTarget target(row.text, row.selection.first, row.selection.second);
-        const bool found =
-            SearchEngine(target).find(row.needle, row.towardsStart, row.ignoreCase, row.mode);
-        const bool toldNotFound = !row.messages.isEmpty() && row.messages.back() >= 40000;
-        EXPECT_EQ(found, !toldNotFound);
+        Answer(messages, row.messages, row.wrap);
+        TextTarget target = Marked(row.before);
+        const bool found = SearchEngine(target).find(row.needle, how.find('<') != std::string::npos,
+                                                     how.find('i') != std::string::npos, mode);
+        EXPECT_EQ(found, row.messages.isEmpty() || row.messages.back() < 40000);
         EXPECT_EQ(messages.shownIds(), row.messages);
-        EXPECT_EQ(target.selection(), row.selected);
+        EXPECT_EQ(MarkedText(target), row.after);
     }
 }
 
@@ -336,35 +209,29 @@ TEST(SearchEngine, ReplaceAllAgreesWithQString) {
 }
 
 TEST(SearchEngine, ReplaceOneReplacesOnlyAMatchThenFindsTheNext) {
-    struct Row {
+    const struct {
         const char* fault;
-        std::u16string text;
-        Selection selection;
+        std::u16string before;
         bool ignoreCase;
-        std::u16string result;
-        Selection selected;
         QList<int> messages;
-    };
-    const Row rows[] = {
-        {"a selection differing in case is a match when case is ignored",
-         u"ABC abc",
-         {0, 3},
+        std::u16string after;
+    } rows[] = {
+        {"a selection differing in case matches when case is ignored",
+         u"⟦ABC⟧ abc",
          true,
-         u"X abc",
-         {2, 5},
-         {}},
-        {"and is left alone when case matters", u"ABC abc", {0, 3}, false, u"ABC abc", {4, 7}, {}},
-        {"after the last one there are no more", u"abc", {0, 3}, false, u"X", {1, 1}, {40017}},
-        {"nothing replaced and nothing found", u"xyz", {0, 0}, false, u"xyz", {0, 0}, {40014}},
+         {},
+         u"X ⟦abc⟧"},
+        {"and is left alone when case matters", u"⟦ABC⟧ abc", false, {}, u"ABC ⟦abc⟧"},
+        {"after the last one there are no more", u"⟦abc⟧", false, {40017}, u"X⟦⟧"},
+        {"nothing replaced and nothing found", u"⟦⟧xyz", false, {40014}, u"⟦⟧xyz"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.fault);
         ScriptedMessageService messages;
         Answer(messages, row.messages, kYes);
-        TextTarget target(row.text, row.selection.first, row.selection.second);
+        TextTarget target = Marked(row.before);
         SearchEngine(target).replaceOne(u"abc", u"X", row.ignoreCase);
-        EXPECT_EQ(target.text(), row.result);
-        EXPECT_EQ(target.selection(), row.selected);
+        EXPECT_EQ(MarkedText(target), row.after);
         EXPECT_EQ(messages.shownIds(), row.messages);
     }
 }
