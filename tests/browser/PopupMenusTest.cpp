@@ -10,7 +10,10 @@ namespace {
 namespace cmd = browser_command;
 
 const MenuItem* Find(const Menu& menu, int command) {
-    return FindCommand(menu, command);
+    const MenuItem* item = FindCommand(menu, command);
+    EXPECT_NE(item, nullptr) << command;
+    static const MenuItem none;
+    return item != nullptr ? item : &none;
 }
 
 // Every level of a menu: no separator at the end, no command twice, and every item that is not a
@@ -67,11 +70,9 @@ TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
     for (const FilePopupState& s : EveryState()) {
         const Menu menu = FilePopupMenu(s);
         SCOPED_TRACE(::testing::Message()
-                     << "operations " << s.fileOperations << ", single " << s.singleSelectionOnly
-                     << ", multi " << s.multiSelectMode << ", selected " << s.selectedCount
-                     << ", parent " << s.onlyParentSelected << ", shortcut "
-                     << s.onlyShortcutSelected << ", clipboard empty " << s.clipboardEmpty
-                     << ", cut here " << s.clipboardCutFromHere << ", root " << s.atRoot);
+                     << s.fileOperations << s.singleSelectionOnly << s.multiSelectMode
+                     << s.selectedCount << s.onlyParentSelected << s.onlyShortcutSelected
+                     << s.clipboardEmpty << s.clipboardCutFromHere << s.atRoot);
         std::set<int> seen;
         ExpectWellFormed(menu, seen);
         // Each command: whether it is there, and whether it may be chosen.
@@ -97,7 +98,7 @@ TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
             {cmd::Cancel, okCancel, true},
         };
         for (const auto& [command, present, enabled] : rules) {
-            const MenuItem* item = Find(menu, command);
+            const MenuItem* item = FindCommand(menu, command);
             ASSERT_EQ(item != nullptr, present) << command;
             if (item != nullptr) {
                 EXPECT_EQ(item->enabled, enabled) << command;
@@ -111,7 +112,7 @@ TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
             EXPECT_EQ(Find(menu, styleCommands[style - 1])->checked, style == s.listStyle);
         EXPECT_EQ(Find(menu, cmd::ShowFolders)->checked,
                   (s.options & list_option::ShowFolders) != 0);
-        if (const MenuItem* multi = Find(menu, cmd::MultiSelect)) {
+        if (const MenuItem* multi = FindCommand(menu, cmd::MultiSelect)) {
             EXPECT_EQ(multi->checked, s.multiSelectMode);
             FilePopupState other = s;
             other.multiSelectMode = !s.multiSelectMode;
@@ -120,31 +121,20 @@ TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
     }
 }
 
-TEST(FolderPopupMenu, GraysDeleteAndRenameOnTheRootOnly) {
-    for (const bool root : {false, true}) {
-        const Menu menu = FolderPopupMenu(root);
-        std::set<int> seen;
-        ExpectWellFormed(menu, seen);
-        for (const int command : seen) {
-            const bool renamesOrDeletes =
-                command == cmd::FolderDelete || command == cmd::FolderRename;
-            EXPECT_EQ(Find(menu, command)->enabled, !(root && renamesOrDeletes)) << command;
-        }
-        EXPECT_TRUE(seen.count(cmd::FolderDelete) && seen.count(cmd::FolderRename));
-    }
-}
-
-TEST(TextBoxPopupMenu, FollowsTheSelectionAndTheClipboard) {
-    for (const bool selection : {false, true}) {
-        for (const bool clipboard : {false, true}) {
-            const Menu menu = TextBoxPopupMenu(selection, clipboard);
+// The folder menu grays delete and rename on the root only; the name box's follows its selection
+// and the clipboard.
+TEST(SmallPopupMenus, GrayWhatCannotBeDone) {
+    for (const bool flag : {false, true}) {
+        for (const Menu& menu : {FolderPopupMenu(flag), TextBoxPopupMenu(flag, !flag)}) {
             std::set<int> seen;
             ExpectWellFormed(menu, seen);
-            EXPECT_EQ(Find(menu, cmd::TextCut)->enabled, selection);
-            EXPECT_EQ(Find(menu, cmd::TextCopy)->enabled, selection);
-            EXPECT_EQ(Find(menu, cmd::TextPaste)->enabled, clipboard);
-            EXPECT_TRUE(Find(menu, cmd::Ok)->enabled && Find(menu, cmd::Cancel)->enabled);
         }
+        const Menu folder = FolderPopupMenu(flag);
+        for (const int command : {cmd::NewFolder, cmd::FolderDelete, cmd::FolderRename})
+            EXPECT_EQ(Find(folder, command)->enabled, command == cmd::NewFolder || !flag);
+        const Menu text = TextBoxPopupMenu(flag, !flag);
+        EXPECT_EQ(Find(text, cmd::TextCut)->enabled && Find(text, cmd::TextCopy)->enabled, flag);
+        EXPECT_EQ(Find(text, cmd::TextPaste)->enabled, !flag);
     }
 }
 

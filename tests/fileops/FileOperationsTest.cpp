@@ -1,6 +1,6 @@
 #include "fileops/FileOperations.h"
 
-#include "support/ScratchFolder.h"
+#include "FileTree.h"
 
 namespace korvel {
 namespace {
@@ -12,180 +12,139 @@ using Answer = MessageAnswer;
 using Status = FileOpStatus;
 namespace msg = fileops_message;
 
-TEST(DeleteEntriesTest, AsksOnceThenDeletesFromTheLastRow) {
-    ScratchFolder scratch;
-    scratch.write("a.txt");
-    scratch.write("F/inner/b.txt");
-    scratch.write("keep.txt");
-    {
-        ScriptedMessageService messages{Answer::No};
-        EXPECT_EQ(DeleteEntries(scratch.path(), {"a.txt"}, nullptr).status, Status::Skipped);
-        const ShownMessage& question = messages.shown().at(0);
-        EXPECT_EQ(question.text, TextOf(msg::kDeleteSelection));
-        EXPECT_EQ(question.buttons, MessageButtons::YesNo);
-        EXPECT_EQ(question.icon, MessageIcon::Question);
-        EXPECT_EQ(question.defaultButton, Answer::No);
+enum class Call { Rows, Folder, TreeAsking, TreeUnasked };
+
+struct DeleteCase {
+    const char* fault;
+    QStringList before;
+    Call call;
+    QStringList names; // the rows, or the one path
+    QList<Answer> answers;
+    Status status;
+    QList<std::pair<FileOpMessage, const char*>> shown;
+    QStringList after;
+    QStringList deleted = {};
+};
+
+TEST(Delete, LeavesTheTreeAsTheAnswersSay) {
+    // clang-format off
+    const DeleteCase rows[] = {
+        {"a No deletes", {"a.txt", "keep.txt"}, Call::Rows, {"a.txt"}, {Answer::No},
+         Status::Skipped, {{msg::kDeleteSelection, nullptr}}, {"a.txt=", "keep.txt="}},
+        {"rows go first to last, or '..' with them", {"a.txt", "F/in/b.txt", "keep.txt"},
+         Call::Rows, {"..", "a.txt", "F"}, {Answer::Yes}, Status::Done,
+         {{msg::kDeleteSelection, nullptr}}, {"keep.txt="}, {"F", "a.txt"}},
+        {"a read-only file answered No goes, or takes its folder's other entries along",
+         {"F/locked.txt!", "F/other.txt", "F/sub/more.txt"}, Call::Rows, {"F"},
+         {Answer::Yes, Answer::No, Answer::Ok}, Status::Skipped,
+         {{msg::kDeleteSelection, nullptr}, {msg::kReadOnlyForceDelete, "F/locked.txt"},
+          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}},
+        {"a read-only or vanished row ends the walk",
+         {"1.txt", "2.txt!", "3.txt"}, Call::Rows, {"1.txt", "2.txt", "gone.txt", "3.txt"},
+         {Answer::Yes, Answer::Ok, Answer::No, Answer::Ok}, Status::Skipped,
+         {{msg::kDeleteSelection, nullptr}, {msg::kVanishedEntry, "gone.txt"},
+          {msg::kReadOnlyEntryDelete, "2.txt"}, {msg::kSomeSkipped, nullptr}},
+         {"2.txt=!"}, {"3.txt", "1.txt"}},
+        {"Cancel goes on", {"1.txt", "2.txt!"}, Call::Rows, {"1.txt", "2.txt"},
+         {Answer::Yes, Answer::Cancel}, Status::Cancelled,
+         {{msg::kDeleteSelection, nullptr}, {msg::kReadOnlyEntryDelete, "2.txt"}},
+         {"1.txt=", "2.txt=!"}},
+        {"a tree deleted unasked takes a read-only file", {"F/locked.txt!"}, Call::TreeUnasked,
+         {"F/"}, {}, Status::ReadOnly, {}, {"F/locked.txt=!"}},
+        {"a missing tree goes unreported", {}, Call::TreeUnasked, {"missing"}, {Answer::Ok},
+         Status::NotFound, {{msg::kEntryNotFound, "missing"}}, {}},
+        {"a link's target is deleted with the tree", {"out/keep=k", "F/", "F/link->../out"},
+         Call::TreeAsking, {"F"}, {}, Status::Done, {}, {"out/keep=k"}},
+        {"a folder goes against a No", {"F/locked.txt!", "F/other.txt"}, Call::Folder, {"F/"},
+         {Answer::No}, Status::Skipped, {{msg::kDeleteFolder, "F"}},
+         {"F/locked.txt=!", "F/other.txt="}},
+        {"what stays of a folder goes unreported", {"F/locked.txt!", "F/other.txt"},
+         Call::Folder, {"F/"}, {Answer::Yes, Answer::No, Answer::Ok}, Status::Skipped,
+         {{msg::kDeleteFolder, "F"}, {msg::kReadOnlyForceDelete, "F/locked.txt"},
+          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}},
+        {"a folder with a read-only file stays", {"F/locked.txt!"}, Call::Folder, {"F/"},
+         {Answer::Yes, Answer::Yes}, Status::Done,
+         {{msg::kDeleteFolder, "F"}, {msg::kReadOnlyForceDelete, "F/locked.txt"}}, {}},
+        {"a folder gone meanwhile passes for deleted", {}, Call::Folder, {"F/"},
+         {Answer::Yes, Answer::Ok}, Status::NotFound,
+         {{msg::kDeleteFolder, "F"}, {msg::kFolderDeleteFailed, nullptr}}, {}},
+    };
+    // clang-format on
+    for (const DeleteCase& row : rows) {
+        SCOPED_TRACE(row.fault);
+        ScratchFolder scratch;
+        MakeTree(scratch, row.before);
+        ScriptedMessageService messages;
+        for (const Answer answer : row.answers)
+            messages.script({answer});
+        const QString path = scratch.path(row.names.front());
+        DeleteOutcome outcome;
+        switch (row.call) {
+        case Call::Rows:
+            outcome = DeleteEntries(scratch.path(), row.names, nullptr);
+            break;
+        case Call::Folder:
+            outcome.status = DeleteFolder(path, nullptr);
+            break;
+        case Call::TreeAsking:
+        case Call::TreeUnasked:
+            outcome.status = DeleteTree(path, row.call == Call::TreeAsking, nullptr);
+            break;
+        }
+        EXPECT_EQ(outcome.status, row.status);
+        EXPECT_EQ(outcome.deleted, row.deleted);
+        QStringList texts;
+        for (const auto& [message, shownPath] : row.shown)
+            texts.append(shownPath != nullptr ? TextOf(message, {scratch.path(shownPath)})
+                                              : TextOf(message));
+        EXPECT_EQ(ShownTexts(messages), texts);
+        EXPECT_EQ(TreeOf(scratch), row.after);
     }
-    ScriptedMessageService messages{Answer::Yes};
-    const DeleteOutcome outcome = DeleteEntries(scratch.path(), {"..", "a.txt", "F"}, nullptr);
-    EXPECT_EQ(outcome.status, Status::Done);
-    EXPECT_EQ(outcome.deleted, QStringList({"F", "a.txt"}));
-    EXPECT_EQ(scratch.names(), QStringList("keep.txt"));
-}
-
-TEST(DeleteEntriesTest, AReadOnlyFileAnsweredNoKeepsItsFolder) {
-    ScratchFolder scratch;
-    scratch.write("F/locked.txt");
-    scratch.write("F/other.txt");
-    scratch.write("F/sub/more.txt");
-    scratch.setReadOnly("F/locked.txt");
-    ScriptedMessageService messages{Answer::Yes, Answer::No, Answer::Ok};
-
-    const DeleteOutcome outcome = DeleteEntries(scratch.path(), {"F"}, nullptr);
-    EXPECT_EQ(outcome.status, Status::Skipped);
-    EXPECT_TRUE(outcome.deleted.isEmpty());
-    EXPECT_EQ(ShownTexts(messages).mid(1),
-              QStringList({TextOf(msg::kReadOnlyForceDelete, {scratch.path("F/locked.txt")}),
-                           TextOf(msg::kSomeSkipped)}));
-    EXPECT_EQ(scratch.names("F"), QStringList("locked.txt"));
-}
-
-TEST(DeleteEntriesTest, ReadOnlyAndVanishedRowsAreSkippedAndCancelEndsTheWalk) {
-    ScratchFolder scratch;
-    scratch.write("1.txt");
-    scratch.write("2.txt");
-    scratch.write("3.txt");
-    scratch.setReadOnly("2.txt");
-    {
-        ScriptedMessageService messages{Answer::Yes, Answer::Ok, Answer::No, Answer::Ok};
-        const DeleteOutcome outcome =
-            DeleteEntries(scratch.path(), {"1.txt", "2.txt", "gone.txt", "3.txt"}, nullptr);
-        EXPECT_EQ(outcome.status, Status::Skipped);
-        EXPECT_EQ(outcome.deleted, QStringList({"3.txt", "1.txt"}));
-        EXPECT_EQ(messages.shownIds(), QList<int>({30400, 30020, 30027, 30401}));
-    }
-    scratch.write("1.txt");
-    ScriptedMessageService messages{Answer::Yes, Answer::Cancel};
-    const DeleteOutcome outcome = DeleteEntries(scratch.path(), {"1.txt", "2.txt"}, nullptr);
-    EXPECT_EQ(outcome.status, Status::Cancelled);
-    EXPECT_EQ(scratch.names(), QStringList({"1.txt", "2.txt"}));
-}
-
-TEST(DeleteTreeTest, WithoutQuestionsReportsMissingPathsAndStopsAtReadOnlyFiles) {
-    ScratchFolder scratch;
-    scratch.write("F/locked.txt");
-    scratch.setReadOnly("F/locked.txt");
-    const QString missing = scratch.path("missing");
-
-    EXPECT_EQ(DeleteTree(missing, true, nullptr), Status::NotFound);
-    EXPECT_EQ(DeleteTree(QString(), false, nullptr), Status::BadArgument);
-    EXPECT_EQ(DeleteTree(scratch.folder("F"), false, nullptr), Status::ReadOnly);
-    EXPECT_TRUE(scratch.exists("F/locked.txt"));
-
-    ScriptedMessageService messages{Answer::Ok};
-    EXPECT_EQ(DeleteTree(missing, false, nullptr), Status::NotFound);
-    EXPECT_EQ(ShownTexts(messages), QStringList(TextOf(msg::kEntryNotFound, {missing})));
-    EXPECT_EQ(messages.shown().at(0).icon, MessageIcon::Stop);
-}
-
-TEST(DeleteTreeTest, RemovesLinksButNotWhatTheyLeadTo) {
-    ScratchFolder scratch;
-    scratch.write("outside/precious.txt");
-    scratch.makeFolder("F");
-    scratch.link("F/shortcut", scratch.path("outside"));
-
-    EXPECT_EQ(DeleteTree(scratch.path("F"), true, nullptr), Status::Done);
-    EXPECT_FALSE(scratch.exists("F"));
-    EXPECT_TRUE(scratch.exists("outside/precious.txt"));
-}
-
-TEST(DeleteFolderTest, AsksFirstAndReportsWhatStayed) {
-    ScratchFolder scratch;
-    scratch.write("F/locked.txt");
-    scratch.write("F/other.txt");
-    scratch.setReadOnly("F/locked.txt");
-    ScriptedMessageService messages{Answer::No,  Answer::Yes, Answer::No,  Answer::Ok,
-                                    Answer::Yes, Answer::Yes, Answer::Yes, Answer::Ok};
-
+    // The root is never deleted, and a path must be absolute.
     EXPECT_EQ(DeleteFolder("/", nullptr), Status::BadArgument);
-    EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::Skipped);
-    EXPECT_EQ(scratch.names("F"), QStringList({"locked.txt", "other.txt"}));
-    EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::Skipped);
-    EXPECT_EQ(scratch.names("F"), QStringList("locked.txt"));
-    EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::Done);
-    EXPECT_FALSE(scratch.exists("F"));
-    EXPECT_EQ(DeleteFolder(scratch.folder("F"), nullptr), Status::NotFound);
-    const ShownMessage& question = messages.shown().at(0);
-    EXPECT_EQ(question.text, TextOf(msg::kDeleteFolder, {scratch.path("F")}));
-    EXPECT_EQ(question.icon, MessageIcon::Question);
-    EXPECT_EQ(question.defaultButton, Answer::No);
-    EXPECT_EQ(messages.shownIds(), QList<int>({30024, 30024, 0, 30401, 30024, 0, 30024, 30509}));
-    EXPECT_EQ(messages.shown().back().icon, MessageIcon::None);
+    EXPECT_EQ(DeleteTree(QString(), false, nullptr), Status::BadArgument);
 }
 
-TEST(CreateNewFolderTest, TakesTheFirstFreeNumber) {
-    ScratchFolder scratch;
+TEST(CreateNewFolder, TakesTheFirstFreeNumberUpTo4095) {
+    const ScratchFolder scratch(testing::ManyEntriesBase());
     EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).name, "新規フォルダ(1)");
     EXPECT_EQ(CreateNewFolder(scratch.folder(), nullptr).name, "新規フォルダ(2)");
     QDir().rmdir(scratch.path("新規フォルダ(1)"));
     EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).name, "新規フォルダ(1)");
-    EXPECT_EQ(scratch.names(), QStringList({"新規フォルダ(1)", "新規フォルダ(2)"}));
-
-    ScriptedMessageService messages{Answer::Ok};
-    EXPECT_EQ(CreateNewFolder(scratch.path("missing"), nullptr).status, Status::Failed);
-    EXPECT_EQ(messages.shownIds(), QList<int>({30504}));
-}
-
-TEST(CreateNewFolderTest, StopsAfter4095) {
-    const ScratchFolder scratch(testing::ManyEntriesBase());
-    for (int number = 1; number <= 4095; ++number) {
+    for (int number = 3; number <= 4095; ++number)
         scratch.makeFolder(QStringLiteral("新規フォルダ(%1)").arg(number));
-    }
-    ScriptedMessageService messages{Answer::Ok};
+    ScriptedMessageService messages{Answer::Ok, Answer::Ok};
     EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).status, Status::NameLimit);
-    EXPECT_EQ(messages.shownIds(), QList<int>({30506}));
+    EXPECT_EQ(CreateNewFolder(scratch.path("missing"), nullptr).status, Status::Failed);
+    EXPECT_EQ(messages.shownIds(), QList<int>({30506, 30504}));
 }
 
-TEST(RenameFolderTest, RefusesBadAndTakenNames) {
+TEST(RenameFolder, RefusesBadAndTakenNamesAndMovesToTheTrimmedOne) {
     ScratchFolder scratch;
-    scratch.makeFolder("Old");
-    scratch.makeFolder("Other");
-    scratch.write("file.txt");
+    MakeTree(scratch, {"Old/in.txt=in", "Other/", "file.txt"});
     const QString old = scratch.folder("Old");
-    struct Case {
-        QString name;
-        int message;
-    };
-    for (const Case& refused : {Case{"a:b", 30502}, Case{"Other", 30500}, Case{" file.txt ", 30501},
-                                Case{"a\\b", 30502}}) {
-        ScriptedMessageService messages{Answer::Ok};
-        const RenameOutcome outcome = RenameFolder(old, refused.name, nullptr);
-        EXPECT_EQ(messages.shownIds(), QList<int>({refused.message})) << refused.name.toStdString();
-        EXPECT_EQ(messages.shown().at(0).icon, MessageIcon::Stop);
-        EXPECT_TRUE(outcome.editAgain);
+    const std::pair<const char*, int> refused[] = {
+        {"a:b", 30502}, {"a\\b", 30502}, {"Other", 30500}, {" file.txt ", 30501}, {"  ", 0}};
+    for (const auto& [name, message] : refused) {
+        ScriptedMessageService messages;
+        if (message != 0)
+            messages.script({Answer::Ok});
+        const RenameOutcome outcome = RenameFolder(old, name, nullptr);
+        EXPECT_EQ(messages.shownIds(), message != 0 ? QList<int>{message} : QList<int>{}) << name;
+        EXPECT_TRUE(outcome.editAgain) << name;
         EXPECT_EQ(outcome.folder, old);
     }
-    EXPECT_TRUE(RenameFolder(old, "  ", nullptr).editAgain);
     {
         ScriptedMessageService messages{Answer::Ok};
         EXPECT_FALSE(RenameFolder("/", "x", nullptr).editAgain);
-        EXPECT_EQ(messages.shownIds(), QList<int>({30510}));
     }
-    // A change of letter case alone is accepted without touching the disk.
-    const RenameOutcome sameName = RenameFolder(old, "OLD", nullptr);
-    EXPECT_EQ(sameName.status, Status::Done);
-    EXPECT_EQ(sameName.folder, old);
-    EXPECT_EQ(scratch.names(), QStringList({"Old", "Other", "file.txt"}));
-}
-
-TEST(RenameFolderTest, MovesTheFolderToTheTrimmedName) {
-    ScratchFolder scratch;
-    scratch.write("Old/inside.txt", "in");
-    const RenameOutcome outcome = RenameFolder(scratch.path("Old"), " New name ", nullptr);
-    EXPECT_EQ(outcome.status, Status::Done);
-    EXPECT_EQ(outcome.folder, scratch.folder("New name"));
-    EXPECT_EQ(scratch.read("New name/inside.txt"), "in");
-    EXPECT_FALSE(scratch.exists("Old"));
+    // A change of letter case alone touches nothing.
+    EXPECT_EQ(RenameFolder(old, "OLD", nullptr).folder, old);
+    EXPECT_TRUE(scratch.exists("Old"));
+    const RenameOutcome moved = RenameFolder(old, " New name ", nullptr);
+    EXPECT_EQ(moved.status, Status::Done);
+    EXPECT_EQ(moved.folder, scratch.folder("New name"));
+    EXPECT_EQ(TreeOf(scratch), QStringList({"New name/in.txt=in", "Other/", "file.txt="}));
 }
 
 } // namespace
