@@ -281,30 +281,30 @@ TEST_F(FileBrowserDialogTest, TapsOnEmptySpaceEnlargeAPaneAndTheHookSeesKeysFirs
     EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
 }
 
+// Each setting decides its option (or leaves the option row with a code set to pick), the style
+// and the delay; OK keeps the style and the folders choice.
 TEST(BrowseSettings, TakeTheTapAndDisplaySettingsAndKeepTheChoices) {
     ScratchFolder folder;
     SettingsStore store(folder.path("settings.ini"));
     const IntSetting keys[] = {setting::SELECT_BY_SINGLE_TAP, setting::SHOW_FOLDER_ON_FILE_LIST,
                                setting::STR_ZOOM_METHOD,      setting::SELECTABLE_CODE_SET,
                                setting::FILE_LIST_STYLE,      setting::LONG_DELAY};
-    // The values of those settings, and the options, style and delay the request takes.
-    const std::tuple<std::array<int, 6>, std::uint32_t, int, bool> rows[] = {
-        {{1, 0, 1, 1, 1, 1},
-         list_option::SingleTapOpensFolder | option::EnlargeBySingleTap | option::ShowOptionRow,
-         list_style::Details,
-         true},
-        {{0, 1, 2, 0, 3, 0}, kFolders | option::EnlargeByDoubleTap, list_style::List, false},
-    };
-    for (const auto& [values, options, style, longHold] : rows) {
+    const std::uint32_t all = list_option::SingleTapOpensFolder | kFolders | option::ShowOptionRow |
+                              option::EnlargeBySingleTap | option::EnlargeByDoubleTap;
+    // clang-format off
+    const std::tuple<std::array<int, 6>, std::uint32_t> rows[] = {
+        {{1, 0, 1, 1, 1, 1}, list_option::SingleTapOpensFolder | option::EnlargeBySingleTap | option::ShowOptionRow},
+        {{0, 1, 2, 0, 3, 0}, kFolders | option::EnlargeByDoubleTap}};
+    // clang-format on
+    for (const auto& [values, options] : rows) {
         for (std::size_t i = 0; i < values.size(); ++i)
             store.write(keys[i], values[i]);
         BrowseRequest request;
-        request.options = list_option::SingleTapOpensFolder | kFolders | option::ShowOptionRow |
-                          option::EnlargeBySingleTap | option::EnlargeByDoubleTap | option::Saving;
+        request.options = all | option::Saving;
         ApplyBrowseSettings(request, store);
         EXPECT_EQ(request.options, options | option::Saving) << values[0];
-        EXPECT_EQ(request.listStyle, style);
-        EXPECT_EQ(request.longHoldDelay, longHold);
+        EXPECT_EQ(request.listStyle, values[4]);
+        EXPECT_EQ(request.longHoldDelay, values[5] != 0);
         request.showFolders = !values[1];
         request.listStyle = list_style::Icons;
         StoreBrowseSettings(request, store);

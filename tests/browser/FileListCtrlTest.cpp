@@ -49,10 +49,8 @@ protected:
         for (const auto& [name, size] : {std::pair{"a.txt", 300}, {"b.txt", 100}, {"c.txt", 200}})
             folder_->writeSized(name, size);
         list_.emplace();
-        FileListSwitches switches;
-        switches.singleSelectionOnly = !multiple;
-        switches.ownFolderNavigation = ownNavigation;
-        list_->create(list_style::Details, options, switches);
+        list_->create(list_style::Details, options,
+                      {.singleSelectionOnly = !multiple, .ownFolderNavigation = ownNavigation});
         list_->setClipboard(&clipboard_);
         list_->resize(400, 600);
         list_->show();
@@ -62,21 +60,19 @@ protected:
     // The rows in order, the selected ones marked "*".
     QString state() const {
         QStringList names;
-        const QList<int> selected = list_->selectedRows();
         for (int row = 0; row < list_->rowCount(); ++row)
-            names.append(list_->entryOf(row)->name + (selected.contains(row) ? "*" : ""));
+            names.append(list_->entryOf(row)->name +
+                         (list_->selectedRows().contains(row) ? "*" : ""));
         return names.join(u' ');
     }
     int rowOf(const QString& name) const {
-        for (int row = 0; row < list_->rowCount(); ++row) {
-            if (list_->entryOf(row)->name == name)
-                return row;
-        }
-        return -1;
+        int row = 0;
+        while (row < list_->rowCount() && list_->entryOf(row)->name != name)
+            ++row;
+        return row;
     }
     QPoint centreOf(const QString& name) const {
-        QAbstractItemView* view = list_->view();
-        return view->visualRect(view->model()->index(rowOf(name), 0)).center();
+        return list_->view()->visualRect(list_->view()->model()->index(rowOf(name), 0)).center();
     }
     void tap(const QString& name) {
         QTest::mouseClick(list_->view()->viewport(), Qt::LeftButton, {}, centreOf(name));
@@ -93,26 +89,16 @@ protected:
 };
 
 TEST_F(FileListCtrlTest, CommandsActOnTheSelectionAndShowTheResult) {
+    // clang-format off
     const std::tuple<const char*, QStringList, QList<int>, QList<Answer>, const char*> rows[] = {
         {"select all takes '..'", {}, {cmd::SelectAll}, {}, ".. sub* a.txt* b.txt* c.txt*"},
-        {"a sort loses the selection",
-         {"b.txt", "c.txt"},
-         {cmd::SortByName + 1},
-         {},
-         ".. sub b.txt* c.txt* a.txt"},
+        {"a sort loses the selection", {"b.txt", "c.txt"}, {cmd::SortByName + 1}, {}, ".. sub b.txt* c.txt* a.txt"},
         {"the folders stay", {}, {cmd::ShowFolders}, {}, "a.txt b.txt c.txt"},
-        {"a delete answered No deletes",
-         {"a.txt", "c.txt"},
-         {cmd::Delete},
-         {Answer::No},
-         ".. sub a.txt* b.txt c.txt*"},
+        {"a delete answered No deletes", {"a.txt", "c.txt"}, {cmd::Delete}, {Answer::No}, ".. sub a.txt* b.txt c.txt*"},
         {"deleted rows stay", {"a.txt", "c.txt"}, {cmd::Delete}, {Answer::Yes}, ".. sub b.txt"},
-        {"a pasted copy is not selected",
-         {"a.txt"},
-         {cmd::Copy, cmd::Paste},
-         {},
-         ".. sub a.txt b.txt c.txt コピー ～ a.txt*"},
+        {"a pasted copy is not selected", {"a.txt"}, {cmd::Copy, cmd::Paste}, {}, ".. sub a.txt b.txt c.txt コピー ～ a.txt*"},
     };
+    // clang-format on
     for (const auto& [fault, picked, commands, answers, after] : rows) {
         SCOPED_TRACE(fault);
         create();
@@ -285,12 +271,10 @@ TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
     create();
     folder_->write("short.lnk", folder_->lnkTo("a.txt"));
     list_->refresh();
+    // clang-format off
     const std::tuple<QStringList, int, bool, bool> rows[] = {
-        {{}, 0, false, false},
-        {{".."}, 1, true, false},
-        {{"short.lnk"}, 1, false, true},
-        {{"..", "short.lnk"}, 2, false, false},
-    };
+        {{}, 0, false, false}, {{".."}, 1, true, false}, {{"short.lnk"}, 1, false, true}, {{"..", "short.lnk"}, 2, false, false}};
+    // clang-format on
     for (const auto& [picked, count, parent, shortcut] : rows) {
         list_->selectNames(picked);
         EXPECT_EQ(list_->popupState().selectedCount, count);
@@ -300,13 +284,9 @@ TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
 }
 
 TEST(FileListCtrl, ListingDisabledShowsNothing) {
-    ScratchFolder folder;
-    folder.write("a.txt");
     FileListCtrl list;
-    FileListSwitches switches;
-    switches.listingEnabled = false;
-    list.create(list_style::Details, list_option::ShowFolders, switches);
-    ASSERT_TRUE(list.setFolder(folder.folder()));
+    list.create(list_style::Details, list_option::ShowFolders, {.listingEnabled = false});
+    ASSERT_TRUE(list.setFolder(QStringLiteral("/")));
     EXPECT_EQ(list.refresh(), FileOpStatus::Done);
     EXPECT_EQ(list.rowCount(), 0);
 }
