@@ -76,26 +76,17 @@ protected:
     std::unique_ptr<FileBrowserDialog> dialog_;
 };
 
-struct OkCase {
-    const char* fault;
-    std::uint32_t options;
-    std::uint32_t flags;
-    int type;
-    QStringList picked;
-    const char* typed; // "~" for the scratch folder
-    QList<Answer> answers;
-    QList<int> shown;
-    const char* outcome;
-};
-
 // Every way OK can end: a choice, or the dialog kept open in some folder with what the name box
 // then holds, after the boxes it showed.
 TEST_F(FileBrowserDialogTest, OkEndsAsTheNameTheSelectionAndTheFlagsSay) {
     const std::uint32_t saving = kFolders | option::Saving;
     const std::uint32_t unlock = saving | option::UnlockReadOnly;
     const std::uint32_t append = saving | option::AppendTypeExtension;
+    // What it must not do; options; flags; type; rows picked; name typed ("~" the scratch folder);
+    // answers; boxes shown; outcome.
     // clang-format off
-    const OkCase rows[] = {
+    const std::tuple<const char*, std::uint32_t, std::uint32_t, int, QStringList, const char*,
+                     QList<Answer>, QList<int>, const char*> rows[] = {
         {"a forbidden character is taken", kFolders, 0, kAll, {}, "a|b.txt", {Answer::Ok}, {30503}, "at ~/ [a|b.txt]*"},
         {"a backslash is taken", kFolders, 0, kAll, {}, "a\\b", {Answer::Ok}, {30503}, "at ~/ [a\\b]*"},
         {"a typed folder is chosen", kFolders, 0, kAll, {}, "sub", {}, {}, "at ~/sub/ []"},
@@ -126,22 +117,22 @@ TEST_F(FileBrowserDialogTest, OkEndsAsTheNameTheSelectionAndTheFlagsSay) {
         {"a typed shortcut is followed against the flag", kFolders, flag::NoDereferenceLinks, kAll, {}, "note.lnk", {}, {}, "chose ~/note.lnk"},
     };
     // clang-format on
-    for (const OkCase& row : rows) {
-        SCOPED_TRACE(row.fault);
+    for (const auto& [fault, options, flags, type, picked, typed, answers, shown, after] : rows) {
+        SCOPED_TRACE(fault);
         folder_.setReadOnly("locked.txt");
-        request_.options = row.options;
-        request_.flags = row.flags;
-        request_.filterIndex = row.type;
+        request_.options = options;
+        request_.flags = flags;
+        request_.filterIndex = type;
         request_.folder = folder_.folder();
         open();
-        dialog_->fileList()->selectNames(row.picked);
-        dialog_->nameBox()->setText(QString(row.typed).replace("~", folder_.path()));
+        dialog_->fileList()->selectNames(picked);
+        dialog_->nameBox()->setText(QString(typed).replace("~", folder_.path()));
         ScriptedMessageService messages;
-        for (const Answer answer : row.answers)
+        for (const Answer answer : answers)
             messages.script({answer});
         dialog_->ok();
-        EXPECT_EQ(messages.shownIds(), row.shown);
-        EXPECT_EQ(outcome(), row.outcome);
+        EXPECT_EQ(messages.shownIds(), shown);
+        EXPECT_EQ(outcome(), after);
     }
 }
 

@@ -112,20 +112,6 @@ TEST_F(FileListCtrlTest, CommandsActOnTheSelectionAndShowTheResult) {
     }
 }
 
-// A cut grays pasting back into its own folder only; pasted elsewhere, the rows come selected.
-TEST_F(FileListCtrlTest, ACutPastesIntoAnotherFolder) {
-    create();
-    EXPECT_TRUE(list_->popupState().clipboardEmpty);
-    list_->selectNames({"b.txt"});
-    list_->runCommand(cmd::Cut);
-    EXPECT_TRUE(list_->popupState().clipboardCutFromHere);
-    ASSERT_TRUE(list_->setFolder(folder_->path("sub")));
-    list_->refresh();
-    EXPECT_FALSE(list_->popupState().clipboardCutFromHere);
-    list_->runCommand(cmd::Paste);
-    EXPECT_EQ(state(), ".. b.txt*");
-}
-
 TEST_F(FileListCtrlTest, HeaderTapsFlipOneDirectionForTheWholeProgram) {
     create(0);
     for (const int column : {sort_column::Size, sort_column::Size, sort_column::Name})
@@ -237,6 +223,8 @@ TEST_F(FileListCtrlTest, EnterAndTheDialogsCommandsArePassedOn) {
     EXPECT_EQ(passed[2].front().toInt(), cmd::SelectLnk);
 }
 
+// The icon and list styles lay the rows out in cells of their own, at least an icon high; the
+// list style's are wide enough for the longest name.
 TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
     create();
     const QString longName = QStringLiteral("a name long enough to run under its neighbours.txt");
@@ -244,30 +232,28 @@ TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) 
     list_->refresh();
     QAbstractItemView* details = list_->view();
     const int icon = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
-    for (const auto& [command, style] : {std::pair{cmd::StyleIcons, list_style::Icons},
-                                         std::pair{cmd::StyleList, list_style::List}}) {
-        list_->runCommand(command);
+    for (const int style : {list_style::Icons, list_style::List}) {
+        list_->runCommand(style == list_style::Icons ? cmd::StyleIcons : cmd::StyleList);
         QApplication::processEvents();
         EXPECT_EQ(list_->popupState().listStyle, style);
-        QAbstractItemView* view = list_->view();
-        EXPECT_NE(view, details);
         QList<QRect> cells;
-        for (int row = 0; row < list_->rowCount(); ++row)
-            cells.append(view->visualRect(view->model()->index(row, 0)));
-        for (qsizetype i = 0; i < cells.size(); ++i) {
-            EXPECT_GE(cells[i].height(), icon);
-            for (qsizetype j = i + 1; j < cells.size(); ++j)
-                EXPECT_FALSE(cells[i].intersects(cells[j])) << style << ": " << i << ", " << j;
+        for (int row = 0; row < list_->rowCount(); ++row) {
+            cells.append(list_->view()->visualRect(list_->view()->model()->index(row, 0)));
+            EXPECT_GE(cells.back().height(), icon);
+            for (qsizetype i = 0; i + 1 < cells.size(); ++i)
+                EXPECT_FALSE(cells[i].intersects(cells.back()))
+                    << style << ": " << i << ", " << row;
         }
     }
-    // Room beside it: the list style shows the longest name whole.
     EXPECT_GT(list_->view()->visualRect(list_->view()->model()->index(rowOf(longName), 0)).width(),
               list_->view()->fontMetrics().horizontalAdvance(longName) + icon);
     list_->runCommand(cmd::StyleDetails);
     EXPECT_EQ(list_->view(), details);
 }
 
-TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
+// The menu's state follows the selection and the clipboard: a cut grays pasting back into its own
+// folder only, and pasted elsewhere the rows come selected.
+TEST_F(FileListCtrlTest, PopupStateFollowsTheSelectionAndTheClipboard) {
     create();
     folder_->write("short.lnk", folder_->lnkTo("a.txt"));
     list_->refresh();
@@ -277,10 +263,20 @@ TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
     // clang-format on
     for (const auto& [picked, count, parent, shortcut] : rows) {
         list_->selectNames(picked);
-        EXPECT_EQ(list_->popupState().selectedCount, count);
-        EXPECT_EQ(list_->popupState().onlyParentSelected, parent);
-        EXPECT_EQ(list_->popupState().onlyShortcutSelected, shortcut);
+        const FilePopupState popup = list_->popupState();
+        EXPECT_EQ(
+            std::tuple(popup.selectedCount, popup.onlyParentSelected, popup.onlyShortcutSelected),
+            std::tuple(count, parent, shortcut));
     }
+    EXPECT_TRUE(list_->popupState().clipboardEmpty);
+    list_->selectNames({"b.txt"});
+    list_->runCommand(cmd::Cut);
+    EXPECT_TRUE(list_->popupState().clipboardCutFromHere);
+    ASSERT_TRUE(list_->setFolder(folder_->path("sub")));
+    list_->refresh();
+    EXPECT_FALSE(list_->popupState().clipboardCutFromHere);
+    list_->runCommand(cmd::Paste);
+    EXPECT_EQ(state(), ".. b.txt*");
 }
 
 TEST(FileListCtrl, ListingDisabledShowsNothing) {

@@ -67,6 +67,18 @@ QStringList TreeOf(const ScratchFolder& scratch, const QString& relative = {}) {
     return lines;
 }
 
+// What a later snapshot took from an earlier one ("-"), then what it added ("+").
+QStringList Changes(const QStringList& was, const QStringList& now) {
+    QStringList changes;
+    for (const QString& line : was)
+        if (!now.contains(line))
+            changes.append(u'-' + line);
+    for (const QString& line : now)
+        if (!was.contains(line))
+            changes.append(u'+' + line);
+    return changes;
+}
+
 // Runs an operation against scripted answers; the texts it showed must be those of the boxes.
 void ExpectBoxes(const ScratchFolder& scratch, const QList<Answer>& answers, const Boxes& boxes,
                  const std::function<void()>& operation) {
@@ -74,6 +86,10 @@ void ExpectBoxes(const ScratchFolder& scratch, const QList<Answer>& answers, con
     for (const Answer answer : answers)
         messages.script({answer});
     operation();
+    // A question defaults to the answer that changes nothing.
+    for (const ShownMessage& box : messages.shown())
+        EXPECT_TRUE(box.buttons == MessageButtons::Ok || box.buttons == MessageButtons::OkCancel ||
+                    box.defaultButton == Answer::No);
     QStringList texts;
     for (const auto& [message, path] : boxes)
         texts.append(
@@ -81,124 +97,82 @@ void ExpectBoxes(const ScratchFolder& scratch, const QList<Answer>& answers, con
     EXPECT_EQ(testing::ShownTexts(messages), texts);
 }
 
-// The prompt every file operation asks through (the service refuses an answer its box lacks):
-// Yes goes on, No skips, Cancel stops, No is the default; a run that asks nothing reports nothing.
-TEST(FileOpPrompt, AnswersMapToStatusesWithNoAsTheDefault) {
-    const FileOpPrompt prompt(true, nullptr);
-    ScriptedMessageService messages{Answer::Yes, Answer::No, Answer::Cancel,
-                                    Answer::Yes, Answer::No, Answer::Cancel};
-    for (const Status status : {Status::Done, Status::Skipped, Status::Cancelled})
-        EXPECT_EQ(prompt.confirm(msg::kFileOverwrite, {"x"}), status);
-    EXPECT_TRUE(prompt.agrees(msg::kDeleteSelection, {}));
-    EXPECT_FALSE(prompt.agrees(msg::kDeleteSelection, {}));
-    EXPECT_EQ(prompt.report(msg::kSomeSkipped, {}, Status::Failed), Status::Cancelled);
-    for (const ShownMessage& box : messages.shown().first(5))
-        EXPECT_EQ(box.defaultButton, Answer::No);
-    EXPECT_EQ(FileOpPrompt(false, nullptr).report(msg::kSomeSkipped, {}, Status::Failed),
-              Status::Failed);
-}
-
-struct PasteCase {
-    const char* fault;
-    QStringList before;
-    bool cut;
-    QStringList items; // from "src"
-    const char* destination;
-    bool asks;
-    QList<Answer> answers;
-    Status status;
-    Boxes shown;
-    QStringList after;
-    QStringList pasted;
-};
-
-// Each paste starts from the entries before and an empty "dst", and leaves exactly those after.
-TEST(FileClipboard, PastesLeaveTheTreeAsTheAnswersSay) {
+// Each paste starts from the entries before and an empty "dst"; what it adds to them ("+") and
+// takes from them ("-") must be exactly the changes.
+TEST(FileClipboard, PastesChangeTheTreeAsTheAnswersSay) {
+    // What it must not do; entries before; cut; items from "src"; destination; asks; answers;
+    // status; boxes; changes; names pasted.
     // clang-format off
-    const PasteCase rows[] = {
+    const std::tuple<const char*, QStringList, bool, QStringList, const char*, bool, QList<Answer>,
+                     Status, Boxes, QStringList, QStringList> rows[] = {
         {"copies beside the originals overwrite them or reuse a number; '..' is pasted",
-         {"src/a.txt=A", "src/コピー ～ a.txt=1", "src/コピー(2) ～ a.txt=2", "src/d/in/"},
-         false, {"..", "a.txt", "d"}, "src", true, {}, Status::Done, {},
-         {"dst/", "src/a.txt=A", "src/コピー ～ a.txt=1", "src/コピー(2) ～ a.txt=2",
-          "src/コピー(3) ～ a.txt=A", "src/d/in/", "src/コピー ～ d/in/"},
-         {"コピー(3) ～ a.txt", "コピー ～ d"}},
+         {"src/a.txt=A", "src/コピー ～ a.txt=1", "src/コピー(2) ～ a.txt=2", "src/d/in/"}, false,
+         {"..", "a.txt", "d"}, "src", true, {}, Status::Done, {},
+         {"+src/コピー ～ d/in/", "+src/コピー(3) ～ a.txt=A"}, {"コピー(3) ～ a.txt", "コピー ～ d"}},
         {"a cut into its own folder deletes or renames the originals",
-         {"src/a.txt=A"}, true, {"a.txt"}, "src", true, {}, Status::Done, {},
-         {"dst/", "src/a.txt=A"}, {}},
-        {"a folder is pasted into itself without end",
-         {"src/A/sub/", "in->src/A/sub"}, false, {"A"}, "in", true, {Answer::Ok},
-         Status::BadArgument, {{msg::kSubfolderRefused, nullptr}},
-         {"dst/", "src/A/sub/", "in->src/A/sub"}, {}},
+         {"src/a.txt=A"}, true, {"a.txt"}, "src", true, {}, Status::Done, {}, {}, {}},
+        {"a folder is pasted into itself without end", {"src/A/sub/", "in->src/A/sub"}, false,
+         {"A"}, "in", true, {Answer::Ok}, Status::BadArgument, {{msg::kSubfolderRefused, nullptr}}, {}, {}},
         {"a merge asks about folders, or overwrites a file answered No",
-         {"src/A/new.txt=new", "src/A/B/same.txt=in", "dst/A/old.txt=old", "dst/A/B/same.txt=kept"},
+         {"src/A/new.txt=n", "src/A/B/same.txt=in", "dst/A/old.txt=old", "dst/A/B/same.txt=kept"},
          false, {"A"}, "dst", true, {Answer::No, Answer::Ok}, Status::Skipped,
-         {{msg::kFileOverwrite, "dst/A/B/same.txt"}, {msg::kSomeSkipped, nullptr}},
-         {"src/A/new.txt=new", "src/A/B/same.txt=in", "dst/A/old.txt=old",
-          "dst/A/B/same.txt=kept", "dst/A/new.txt=new"}, {"A"}},
+         {{msg::kFileOverwrite, "dst/A/B/same.txt"}, {msg::kSomeSkipped, nullptr}}, {"+dst/A/new.txt=n"}, {"A"}},
         {"a run that asks nothing overwrites, or goes on after a conflict",
          {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=old"}, false, {"a.txt", "b.txt"}, "dst",
-         false, {}, Status::TargetExists, {}, {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=old"}, {}},
+         false, {}, Status::TargetExists, {}, {}, {}},
         {"Cancel does not end the run",
          {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=old"}, false, {"a.txt", "b.txt"}, "dst",
-         true, {Answer::Cancel}, Status::Cancelled, {{msg::kFileOverwrite, "dst/a.txt"}},
-         {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=old"}, {}},
+         true, {Answer::Cancel}, Status::Cancelled, {{msg::kFileOverwrite, "dst/a.txt"}}, {}, {}},
         {"Yes keeps the old file",
          {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=old"}, false, {"a.txt", "b.txt"}, "dst",
          true, {Answer::Yes}, Status::Done, {{msg::kFileOverwrite, "dst/a.txt"}},
-         {"src/a.txt=new", "src/b.txt=new", "dst/a.txt=new", "dst/b.txt=new"}, {"a.txt", "b.txt"}},
-        {"read-only targets are overwritten without asking",
-         {"src/a.txt=new", "dst/a.txt=old!"}, false, {"a.txt"}, "dst", false, {}, Status::ReadOnly,
-         {}, {"src/a.txt=new", "dst/a.txt=old!"}, {}},
+         {"-dst/a.txt=old", "+dst/a.txt=new", "+dst/b.txt=new"}, {"a.txt", "b.txt"}},
+        {"a read-only target is overwritten without asking", {"src/a.txt=new", "dst/a.txt=old!"},
+         false, {"a.txt"}, "dst", false, {}, Status::ReadOnly, {}, {}, {}},
         {"a read-only target is replaced against a No, or a folder kept locked after a Yes",
          {"src/a.txt=new", "src/F/x.txt=new", "dst/a.txt=old!", "dst/F/!"}, false, {"a.txt", "F"},
          "dst", true, {Answer::No, Answer::Yes, Answer::Ok}, Status::Skipped,
          {{msg::kReadOnlyFileOverwrite, "dst/a.txt"}, {msg::kReadOnlyFolderOverwrite, "dst/F"},
-          {msg::kSomeSkipped, nullptr}},
-         {"src/a.txt=new", "src/F/x.txt=new", "dst/a.txt=old!", "dst/F/x.txt=new"}, {"F"}},
+          {msg::kSomeSkipped, nullptr}}, {"-dst/F/!", "+dst/F/x.txt=new"}, {"F"}},
         {"a file replaces a folder of its name, or a folder a file",
          {"src/a", "src/b/", "dst/a/", "dst/b=file"}, false, {"a", "b"}, "dst", true,
          {Answer::Ok, Answer::Ok, Answer::Ok}, Status::Skipped,
-         {{msg::kFolderBlocksFile, "dst/a"}, {msg::kFileBlocksFolder, "dst/b"},
-          {msg::kSomeSkipped, nullptr}},
-         {"src/a=", "src/b/", "dst/a/", "dst/b=file"}, {}},
-        {"the same without questions",
-         {"src/a", "dst/a/"}, false, {"a"}, "dst", false, {}, Status::FolderInTheWay, {},
-         {"src/a=", "dst/a/"}, {}},
-        {"a source gone since the copy stops the run or is pasted as nothing",
-         {"src/here.txt=h"}, false, {"gone.txt", "here.txt"}, "dst", true, {Answer::Ok, Answer::Ok},
-         Status::Skipped, {{msg::kSourceVanished, "src/gone.txt"}, {msg::kSomeSkipped, nullptr}},
-         {"src/here.txt=h", "dst/here.txt=h"}, {"here.txt"}},
-        {"the same without questions goes on",
-         {"src/here.txt=h"}, false, {"gone.txt", "here.txt"}, "dst", false, {}, Status::NotFound,
-         {}, {"src/here.txt=h", "dst/"}, {}},
+         {{msg::kFolderBlocksFile, "dst/a"}, {msg::kFileBlocksFolder, "dst/b"}, {msg::kSomeSkipped, nullptr}},
+         {}, {}},
+        {"the same without questions", {"src/a", "dst/a/"}, false, {"a"}, "dst", false, {},
+         Status::FolderInTheWay, {}, {}, {}},
+        {"a source gone since the copy is pasted as nothing, or Cancel goes on",
+         {"src/here.txt=h"}, false, {"gone.txt", "here.txt"}, "dst", true, {Answer::Cancel},
+         Status::Cancelled, {{msg::kSourceVanished, "src/gone.txt"}}, {}, {}},
+        {"the same without questions goes on", {"src/here.txt=h"}, false, {"gone.txt", "here.txt"},
+         "dst", false, {}, Status::NotFound, {}, {}, {}},
         {"a cut moves read-only sources unasked, or loses a read-only folder's mark",
          {"src/T/deep/x.txt=x", "src/locked.txt=l!", "src/R/r.txt=r", "src/R/!"}, true,
-         {"T", "locked.txt", "R"}, "dst", true, {Answer::No, Answer::Yes, Answer::Ok},
-         Status::Skipped, {{msg::kReadOnlyFileMove, "src/locked.txt"},
-                           {msg::kReadOnlyFolderMove, "src/R"}, {msg::kSomeSkipped, nullptr}},
-         {"src/locked.txt=l!", "dst/T/deep/x.txt=x", "dst/R/r.txt=r", "dst/R/!"}, {"T", "R"}},
+         {"T", "locked.txt", "R"}, "dst", true, {Answer::No, Answer::Yes, Answer::Ok}, Status::Skipped,
+         {{msg::kReadOnlyFileMove, "src/locked.txt"}, {msg::kReadOnlyFolderMove, "src/R"},
+          {msg::kSomeSkipped, nullptr}},
+         {"-dst/", "-src/R/!", "-src/R/r.txt=r", "-src/T/deep/x.txt=x", "+dst/R/!", "+dst/R/r.txt=r",
+          "+dst/T/deep/x.txt=x"}, {"T", "R"}},
         {"a cut merge deletes what it could not move",
          {"src/A/moves.txt=m", "src/A/sub/stays.txt=in", "dst/A/sub/stays.txt=kept"}, true, {"A"},
          "dst", true, {Answer::No, Answer::Ok}, Status::Skipped,
          {{msg::kFileOverwrite, "dst/A/sub/stays.txt"}, {msg::kSomeSkipped, nullptr}},
-         {"src/A/sub/stays.txt=in", "dst/A/moves.txt=m", "dst/A/sub/stays.txt=kept"}, {"A"}},
+         {"-src/A/moves.txt=m", "+dst/A/moves.txt=m"}, {"A"}},
     };
     // clang-format on
-    for (const PasteCase& row : rows) {
-        SCOPED_TRACE(row.fault);
+    for (auto [fault, before, cut, items, to, asks, answers, status, boxes, changes, pasted] :
+         rows) {
+        SCOPED_TRACE(fault);
         ScratchFolder scratch;
-        MakeTree(scratch, row.before + QStringList{"dst/"});
+        MakeTree(scratch, before + QStringList{"dst/"});
+        const QStringList was = TreeOf(scratch);
         FileClipboard clipboard;
-        row.cut ? clipboard.cut(scratch.folder("src"), row.items)
-                : clipboard.copy(scratch.folder("src"), row.items);
-        ExpectBoxes(scratch, row.answers, row.shown, [&] {
-            EXPECT_EQ(clipboard.paste(scratch.path(row.destination), row.asks, nullptr),
-                      row.status);
-        });
-        QStringList after = row.after;
-        after.sort();
-        EXPECT_EQ(TreeOf(scratch), after);
-        EXPECT_EQ(clipboard.pastedNames(), row.pasted);
+        cut ? clipboard.cut(scratch.folder("src"), items)
+            : clipboard.copy(scratch.folder("src"), items);
+        ExpectBoxes(scratch, answers, boxes,
+                    [&] { EXPECT_EQ(clipboard.paste(scratch.path(to), asks, nullptr), status); });
+        EXPECT_EQ(Changes(was, TreeOf(scratch)), changes);
+        EXPECT_EQ(clipboard.pastedNames(), pasted);
     }
 }
 
@@ -274,23 +248,14 @@ TEST(FileClipboard, RandomTreesArriveWhole) {
 
 enum class Call { Rows, Folder, TreeAsking, TreeUnasked };
 
-struct DeleteCase {
-    const char* fault;
-    QStringList before;
-    Call call;
-    QStringList names; // the rows, or the one path
-    QList<Answer> answers;
-    Status status;
-    Boxes shown;
-    QStringList after;
-    QStringList deleted = {};
-};
-
 TEST(Delete, LeavesTheTreeAsTheAnswersSay) {
+    // What it must not do; entries before; the call; its rows or its one path; answers; status;
+    // boxes; entries after; rows deleted.
     // clang-format off
-    const DeleteCase rows[] = {
+    const std::tuple<const char*, QStringList, Call, QStringList, QList<Answer>, Status, Boxes,
+                     QStringList, QStringList> rows[] = {
         {"a No deletes", {"a.txt", "keep.txt"}, Call::Rows, {"a.txt"}, {Answer::No},
-         Status::Skipped, {{msg::kDeleteSelection, nullptr}}, {"a.txt=", "keep.txt="}},
+         Status::Skipped, {{msg::kDeleteSelection, nullptr}}, {"a.txt=", "keep.txt="}, {}},
         {"rows go first to last, or '..' with them", {"a.txt", "F/in/b.txt", "keep.txt"},
          Call::Rows, {"..", "a.txt", "F"}, {Answer::Yes}, Status::Done,
          {{msg::kDeleteSelection, nullptr}}, {"keep.txt="}, {"F", "a.txt"}},
@@ -298,7 +263,7 @@ TEST(Delete, LeavesTheTreeAsTheAnswersSay) {
          {"F/locked.txt!", "F/other.txt", "F/sub/more.txt"}, Call::Rows, {"F"},
          {Answer::Yes, Answer::No, Answer::Ok}, Status::Skipped,
          {{msg::kDeleteSelection, nullptr}, {msg::kReadOnlyForceDelete, "F/locked.txt"},
-          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}},
+          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}, {}},
         {"a read-only or vanished row ends the walk",
          {"1.txt", "2.txt!", "3.txt"}, Call::Rows, {"1.txt", "2.txt", "gone.txt", "3.txt"},
          {Answer::Yes, Answer::Ok, Answer::No, Answer::Ok}, Status::Skipped,
@@ -308,45 +273,45 @@ TEST(Delete, LeavesTheTreeAsTheAnswersSay) {
         {"Cancel goes on", {"1.txt", "2.txt!"}, Call::Rows, {"1.txt", "2.txt"},
          {Answer::Yes, Answer::Cancel}, Status::Cancelled,
          {{msg::kDeleteSelection, nullptr}, {msg::kReadOnlyEntryDelete, "2.txt"}},
-         {"1.txt=", "2.txt=!"}},
+         {"1.txt=", "2.txt=!"}, {}},
         {"a tree deleted unasked takes a read-only file", {"F/locked.txt!"}, Call::TreeUnasked,
-         {"F/"}, {}, Status::ReadOnly, {}, {"F/locked.txt=!"}},
+         {"F/"}, {}, Status::ReadOnly, {}, {"F/locked.txt=!"}, {}},
         {"a missing tree goes unreported", {}, Call::TreeUnasked, {"missing"}, {Answer::Ok},
-         Status::NotFound, {{msg::kEntryNotFound, "missing"}}, {}},
+         Status::NotFound, {{msg::kEntryNotFound, "missing"}}, {}, {}},
         {"a link's target is deleted with the tree", {"out/keep=k", "F/", "F/link->../out"},
-         Call::TreeAsking, {"F"}, {}, Status::Done, {}, {"out/keep=k"}},
+         Call::TreeAsking, {"F"}, {}, Status::Done, {}, {"out/keep=k"}, {}},
         {"a folder goes against a No", {"F/locked.txt!", "F/other.txt"}, Call::Folder, {"F/"},
          {Answer::No}, Status::Skipped, {{msg::kDeleteFolder, "F"}},
-         {"F/locked.txt=!", "F/other.txt="}},
+         {"F/locked.txt=!", "F/other.txt="}, {}},
         {"what stays of a folder goes unreported", {"F/locked.txt!", "F/other.txt"},
          Call::Folder, {"F/"}, {Answer::Yes, Answer::No, Answer::Ok}, Status::Skipped,
          {{msg::kDeleteFolder, "F"}, {msg::kReadOnlyForceDelete, "F/locked.txt"},
-          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}},
+          {msg::kSomeSkipped, nullptr}}, {"F/locked.txt=!"}, {}},
         {"a folder with a read-only file stays", {"F/locked.txt!"}, Call::Folder, {"F/"},
          {Answer::Yes, Answer::Yes}, Status::Done,
-         {{msg::kDeleteFolder, "F"}, {msg::kReadOnlyForceDelete, "F/locked.txt"}}, {}},
+         {{msg::kDeleteFolder, "F"}, {msg::kReadOnlyForceDelete, "F/locked.txt"}}, {}, {}},
         {"a folder gone meanwhile passes for deleted", {}, Call::Folder, {"F/"},
          {Answer::Yes, Answer::Ok}, Status::NotFound,
-         {{msg::kDeleteFolder, "F"}, {msg::kFolderDeleteFailed, nullptr}}, {}},
+         {{msg::kDeleteFolder, "F"}, {msg::kFolderDeleteFailed, nullptr}}, {}, {}},
     };
     // clang-format on
-    for (const DeleteCase& row : rows) {
-        SCOPED_TRACE(row.fault);
+    for (const auto& [fault, before, call, names, answers, status, boxes, after, deleted] : rows) {
+        SCOPED_TRACE(fault);
         ScratchFolder scratch;
-        MakeTree(scratch, row.before);
-        const QString path = scratch.path(row.names.front());
+        MakeTree(scratch, before);
+        const QString path = scratch.path(names.front());
         DeleteOutcome outcome;
-        ExpectBoxes(scratch, row.answers, row.shown, [&] {
-            if (row.call == Call::Rows)
-                outcome = DeleteEntries(scratch.path(), row.names, nullptr);
-            else if (row.call == Call::Folder)
+        ExpectBoxes(scratch, answers, boxes, [&] {
+            if (call == Call::Rows)
+                outcome = DeleteEntries(scratch.path(), names, nullptr);
+            else if (call == Call::Folder)
                 outcome.status = DeleteFolder(path, nullptr);
             else
-                outcome.status = DeleteTree(path, row.call == Call::TreeAsking, nullptr);
+                outcome.status = DeleteTree(path, call == Call::TreeAsking, nullptr);
         });
-        EXPECT_EQ(outcome.status, row.status);
-        EXPECT_EQ(outcome.deleted, row.deleted);
-        EXPECT_EQ(TreeOf(scratch), row.after);
+        EXPECT_EQ(outcome.status, status);
+        EXPECT_EQ(outcome.deleted, deleted);
+        EXPECT_EQ(TreeOf(scratch), after);
     }
     // The root is never deleted, and a path must be absolute.
     EXPECT_EQ(DeleteFolder("/", nullptr), Status::BadArgument);
@@ -416,23 +381,17 @@ TEST(FileSystem, CopyReplacesTheTargetWholeOrNotAtAll) {
     EXPECT_EQ(scratch.names(), QStringList({"folder", "pipe", "source", "target"}));
 }
 
-// A link is an entry of its own; folders are the same or within one another by what the path
-// leads to, not by how it is spelt.
-TEST(FileSystem, LinksAndFolderIdentity) {
+// Folders are the same or within one another by what the path leads to, not by how it is spelt;
+// a rename never replaces an entry, not even an empty folder.
+TEST(FileSystem, FolderIdentityAndRenames) {
     ScratchFolder scratch;
-    MakeTree(scratch, {"a/b/c/", "ab/", "to-b->a/b", "locked/!", "to-locked->locked"});
-    EXPECT_EQ(files::KindOf(scratch.path("to-b")), files::EntryKind::File);
-    EXPECT_FALSE(files::IsReadOnly(scratch.path("to-locked")));
-    EXPECT_TRUE(files::IsReadOnly(scratch.path("locked")));
-    EXPECT_TRUE(files::IsSameFolder(scratch.folder("a"), scratch.path("a/b/..")));
-    EXPECT_TRUE(files::IsSameFolder(scratch.path("to-b"), scratch.folder("a/b")));
+    MakeTree(scratch, {"a/b/c/", "ab/", "to-b->a/b", "one=1"});
+    EXPECT_TRUE(files::IsSameFolder(scratch.path("to-b"), scratch.folder("a/b/c/..")));
     EXPECT_FALSE(files::IsSameFolder(scratch.path("a"), scratch.path("ab")));
     const std::tuple<const char*, const char*, bool> within[] = {
         {"a", "a", true}, {"to-b/c", "a", true}, {"ab", "a", false}, {"a", "a/b", false}};
     for (const auto& [path, folder, inside] : within)
         EXPECT_EQ(files::IsWithin(scratch.path(path), scratch.path(folder)), inside) << path;
-    // A rename never replaces an entry, not even an empty folder.
-    scratch.write("one", "1");
     EXPECT_EQ(files::RenameEntry(scratch.path("one"), scratch.path("ab")),
               files::RenameResult::Failed);
     EXPECT_EQ(scratch.read("one"), "1");
