@@ -106,9 +106,12 @@ TEST_F(FileListCtrlTest, CommandsActOnTheSelectionAndShowTheResult) {
         ScriptedMessageService messages;
         for (const Answer answer : answers)
             messages.script({answer});
+        const QStringList before = folder_->names();
+        QSignalSpy changed(&*list_, &FileListCtrl::contentsChanged); // the tree refills on it
         for (const int command : commands)
             list_->runCommand(command);
         EXPECT_EQ(state(), QString::fromUtf8(after));
+        EXPECT_EQ(changed.isEmpty(), folder_->names() == before);
     }
 }
 
