@@ -166,10 +166,14 @@ TEST_F(FileBrowserDialogTest, APatternListsItsFilesInTheFolderItNames) {
     dialog_->ok();
     EXPECT_EQ(outcome(), "at ~/sub/ [inn*]");
     EXPECT_EQ(listed(), (QStringList{"..", "inner.txt"}));
-    // Enter in the name box runs OK.
+    // Enter in the name box runs OK, and so does Enter in the list.
     dialog_->nameBox()->setText(QStringLiteral(".."));
     QTest::keyClick(dialog_->nameBox(), Qt::Key_Return);
     EXPECT_EQ(outcome(), "at ~/ []");
+    dialog_->fileList()->selectNames({"sub"});
+    QTest::keyClick(dialog_->fileList()->view(), Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(outcome(), "at ~/sub/ []");
 }
 
 TEST_F(FileBrowserDialogTest, OptionRowPicksTheStoredIndexAndHidesWithoutAList) {

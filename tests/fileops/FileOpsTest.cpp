@@ -153,6 +153,9 @@ TEST(FileClipboard, PastesChangeTheTreeAsTheAnswersSay) {
           {msg::kSomeSkipped, nullptr}},
          {"-dst/", "-src/R/!", "-src/R/r.txt=r", "-src/T/deep/x.txt=x", "+dst/R/!", "+dst/R/r.txt=r",
           "+dst/T/deep/x.txt=x"}, {"T", "R"}},
+        {"Cancel inside a folder does not end the run",
+         {"src/A/x.txt=new", "src/b.txt=b", "dst/A/x.txt=old"}, false, {"A", "b.txt"}, "dst", true,
+         {Answer::Cancel}, Status::Cancelled, {{msg::kFileOverwrite, "dst/A/x.txt"}}, {}, {"A"}},
         {"a cut merge deletes what it could not move",
          {"src/A/moves.txt=m", "src/A/sub/stays.txt=in", "dst/A/sub/stays.txt=kept"}, true, {"A"},
          "dst", true, {Answer::No, Answer::Ok}, Status::Skipped,
@@ -231,17 +234,17 @@ TEST(FileClipboard, RandomTreesArriveWhole) {
         scratch.makeFolder("elsewhere");
         scratch.link(folders.back() + QStringLiteral("/link"), scratch.path("elsewhere"));
         scratch.setReadOnly("src/T");
-        const QStringList source = TreeOf(scratch, "src/T");
+        const QStringList source = TreeOf(scratch, "src");
 
         FileClipboard clipboard;
         clipboard.copy(scratch.folder("src"), {"T"});
         scratch.makeFolder("dst");
         ASSERT_EQ(clipboard.paste(scratch.path("dst"), false, nullptr), Status::Done);
-        EXPECT_EQ(TreeOf(scratch, "dst/T"), source);
+        EXPECT_EQ(TreeOf(scratch, "dst"), source);
         clipboard.cut(scratch.folder("src"), {"T"});
         ScriptedMessageService messages{Answer::Yes}; // moving a read-only folder
         ASSERT_EQ(clipboard.paste(other.path(), true, nullptr), Status::Done);
-        EXPECT_EQ(TreeOf(other, "T"), source);
+        EXPECT_EQ(TreeOf(other), source);
         EXPECT_TRUE(scratch.names("src").isEmpty());
     }
 }
@@ -324,8 +327,9 @@ TEST(CreateNewFolder, TakesTheFirstFreeNumberUpTo4095) {
     EXPECT_EQ(CreateNewFolder(scratch.folder(), nullptr).name, "新規フォルダ(2)");
     QDir().rmdir(scratch.path("新規フォルダ(1)"));
     EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).name, "新規フォルダ(1)");
-    for (int number = 3; number <= 4095; ++number)
+    for (int number = 3; number <= 4094; ++number)
         scratch.makeFolder(QStringLiteral("新規フォルダ(%1)").arg(number));
+    EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).name, "新規フォルダ(4095)");
     ScriptedMessageService messages{Answer::Ok, Answer::Ok};
     EXPECT_EQ(CreateNewFolder(scratch.path(), nullptr).status, Status::NameLimit);
     EXPECT_EQ(CreateNewFolder(scratch.path("missing"), nullptr).status, Status::Failed);
