@@ -3,26 +3,18 @@
 #include "browser/FileListCtrl.h"
 #include "browser/FolderTree.h"
 #include "fileops/FileClipboard.h"
-#include "fileops/FileOpPrompt.h"
-#include "messages/MessageFormat.h"
-#include "messages/StringTable.h"
-#include "messages/testing/ScriptedMessageService.h"
+#include "fileops/FileSystem.h"
 #include "settings/SettingsStore.h"
 #include "support/ScratchFolder.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QTest>
 #include <array>
-#include <gtest/gtest.h>
-#include <limits>
 #include <memory>
-#include <tuple>
 
 namespace korvel {
 namespace {
@@ -31,35 +23,22 @@ namespace cmd = browser_command;
 namespace flag = browse_flag;
 namespace option = browse_option;
 using testing::ScratchFolder;
+using Answer = MessageAnswer;
 
-constexpr int kTextType = 1;     // "テキスト (*.txt)"
-constexpr int kSettingsType = 2; // "設定ファイル (*.ini;*.inf)"
-constexpr int kAllFilesType = 5; // "すべてのファイル (*.*)"
-
-// A double tap as the window system delivers it: press, release, double click, release.
-void DoubleTap(QWidget* widget, QPoint position) {
-    const QPointF global = widget->mapToGlobal(QPointF(position));
-    for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
-                              QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
-        const Qt::MouseButtons held =
-            type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::MouseButtons(Qt::LeftButton);
-        QMouseEvent event(type, QPointF(position), global, Qt::LeftButton, held, Qt::NoModifier);
-        QApplication::sendEvent(widget, &event);
-    }
-}
+constexpr int kText = 1, kSettings = 2, kAll = 3; // types of the filter below
+constexpr std::uint32_t kFolders = list_option::ShowFolders;
 
 class FileBrowserDialogTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_.makeFolder("sub");
-        folder_.write("a.txt", "a");
-        folder_.write("b.txt", "b");
-        folder_.write("setup.ini");
-        folder_.write("sub/inner.txt");
-        request_.filter = *FindString(35045);
-        request_.filterIndex = kAllFilesType;
+        for (const char* name : {"sub/inner.txt", "a.txt", "b.txt", "locked.txt", "setup.ini"})
+            folder_.write(name);
+        folder_.write("note.lnk", folder_.lnkTo("sub/inner.txt"));
+        folder_.write("to-sub.lnk", folder_.lnkTo("sub"));
+        request_.filter = QStringLiteral("テキスト|*.txt|設定|*.ini;*.inf|すべて|*.*||");
+        request_.filterIndex = kAll;
         request_.folder = folder_.folder();
-        request_.options = list_option::ShowFolders;
+        request_.options = kFolders;
     }
 
     FileBrowserDialog& open() {
@@ -67,28 +46,28 @@ protected:
         dialog_->show();
         return *dialog_;
     }
-    FileBrowserDialog& openForSaving(std::uint32_t flags, std::uint32_t options = 0) {
-        request_.flags = flags;
-        request_.options |= option::Saving | options;
-        request_.filterIndex = kTextType;
-        return open();
-    }
-    // Types a name and presses OK; true when the dialog closed with OK.
-    bool okWith(const QString& name) {
-        dialog_->nameBox()->setText(name);
-        dialog_->ok();
-        return dialog_->result() == QDialog::Accepted;
-    }
     QStringList listed() const {
         QStringList names;
-        const FileListCtrl* list = dialog_->fileList();
-        for (int row = 0; row < list->rowCount(); ++row)
-            names.append(list->entryOf(row)->name);
+        for (int row = 0; row < dialog_->fileList()->rowCount(); ++row)
+            names.append(dialog_->fileList()->entryOf(row)->name);
         return names;
     }
-    bool nameIsSelected() const {
+    // Paths with the scratch folder as "~" and its parent as "^".
+    QString shown(QString path) const {
+        return path.replace(folder_.path(), "~")
+            .replace(files::ParentFolderOf(folder_.path()), "^/");
+    }
+    // "chose" and the result, a read-only file marked "!"; or the folder the dialog stays in with
+    // the name box, marked "*" while selected and focused.
+    QString outcome() const {
+        if (dialog_->result() == QDialog::Accepted)
+            return "chose " + shown(request_.folder) + request_.names.join(" + ") +
+                   (files::IsReadOnly(request_.path()) ? "!" : "");
         const QLineEdit* box = dialog_->nameBox();
-        return dialog_->focusWidget() == box && box->selectedText() == box->text();
+        const bool selected = dialog_->focusWidget() == box && !box->text().isEmpty() &&
+                              box->selectedText() == box->text();
+        return "at " + shown(dialog_->folderTree()->currentFolder()) + " [" + box->text() + "]" +
+               (selected ? "*" : "");
     }
 
     ScratchFolder folder_;
@@ -97,40 +76,110 @@ protected:
     std::unique_ptr<FileBrowserDialog> dialog_;
 };
 
+// Every way OK can end: a choice, or the dialog kept open in some folder with what the name box
+// then holds, after the boxes it showed.
+TEST_F(FileBrowserDialogTest, OkEndsAsTheNameTheSelectionAndTheFlagsSay) {
+    const std::uint32_t saving = kFolders | option::Saving;
+    const std::uint32_t unlock = saving | option::UnlockReadOnly;
+    const std::uint32_t append = saving | option::AppendTypeExtension;
+    // What it must not do; options; flags; type; rows picked; name typed ("~" the scratch folder);
+    // answers; boxes shown; outcome.
+    // clang-format off
+    const std::tuple<const char*, std::uint32_t, std::uint32_t, int, QStringList, const char*,
+                     QList<Answer>, QList<int>, const char*> rows[] = {
+        {"a forbidden character is taken", kFolders, 0, kAll, {}, "a|b.txt", {Answer::Ok}, {30503}, "at ~/ [a|b.txt]*"},
+        {"a backslash is taken", kFolders, 0, kAll, {}, "a\\b", {Answer::Ok}, {30503}, "at ~/ [a\\b]*"},
+        {"a typed folder is chosen", kFolders, 0, kAll, {}, "sub", {}, {}, "at ~/sub/ []"},
+        {"a typed shortcut to a folder is chosen", kFolders, 0, kAll, {}, "to-sub.lnk", {}, {}, "at ~/sub/ []"},
+        {"a picked folder is chosen", kFolders, 0, kAll, {"sub"}, "", {}, {}, "at ~/sub/ []"},
+        {"a picked '..' is chosen", kFolders, 0, kAll, {".."}, "", {}, {}, "at ^/ []"},
+        {"a picked shortcut to a folder is chosen", kFolders, 0, kAll, {"to-sub.lnk"}, "", {}, {}, "at ~/sub/ []"},
+        {"a name without dot is chosen without the type's extension", append, 0, kText, {}, "memo", {}, {}, "at ~/ [memo.txt]*"},
+        {"the completed name is not the disk's spelling", append, 0, kText, {}, "A", {}, {}, "at ~/ [a.txt]*"},
+        {"a type without extension adds a dot", append, 0, kAll, {}, "plain", {}, {}, "chose ~/plain"},
+        {"an empty name is accepted", kFolders, 0, kAll, {}, "", {Answer::Ok}, {30513}, "at ~/ []"},
+        {"an empty name without a name box is accepted", kFolders | option::NoNameBox, 0, kAll, {}, "", {Answer::Ok}, {30511}, "at ~/ []"},
+        {"a blank name without a list is accepted", option::NoFileList, 0, kAll, {}, "  ", {Answer::Ok}, {30512}, "at ~/ [  ]*"},
+        {"a pick asks about saving over it", saving, flag::OverwritePrompt, kText, {"a.txt"}, "", {}, {}, "chose ~/a.txt"},
+        {"a missing file is chosen", kFolders, flag::FileMustExist, kAll, {}, "missing.txt", {Answer::Ok}, {0}, "at ~/ [missing.txt]*"},
+        {"a missing folder is chosen", kFolders, flag::PathMustExist, kAll, {}, "no/x.txt", {Answer::Ok}, {30023}, "at ~/ [no/x.txt]*"},
+        {"a typed path is not split", kFolders, flag::PathMustExist, kAll, {}, "~/sub/../sub/new.txt", {}, {}, "chose ~/sub/new.txt"},
+        {"a new file is made unasked", saving, flag::CreatePrompt, kText, {}, "new.txt", {Answer::No}, {30010}, "at ~/ [new.txt]*"},
+        {"a file is overwritten unasked", saving, flag::OverwritePrompt, kText, {}, "a.txt", {Answer::No}, {30013}, "at ~/ [a.txt]*"},
+        {"a read-only file is unlocked unasked", unlock, flag::OverwritePrompt, kText, {}, "locked.txt", {Answer::No}, {30028}, "at ~/ [locked.txt]*"},
+        {"Yes does not unlock, or asks twice", unlock, flag::OverwritePrompt, kText, {}, "locked.txt", {Answer::Yes}, {30028}, "chose ~/locked.txt"},
+        {"a read-only file is unlocked without the option", saving, flag::OverwritePrompt, kText, {}, "locked.txt", {Answer::Yes}, {30013}, "chose ~/locked.txt!"},
+        {"names repeat, or '..' is one", kFolders, flag::AllowMultiSelect, kAll, {"..", "b.txt", "a.txt"}, "B.TXT", {}, {}, "chose ~/B.TXT + a.txt"},
+        {"a multiple pick loses names", kFolders, flag::AllowMultiSelect, kAll, {"b.txt", "a.txt"}, "", {}, {}, "chose ~/a.txt + b.txt"},
+        {"a picked shortcut is chosen, not its target", kFolders, 0, kAll, {"note.lnk"}, "", {}, {}, "chose ~/sub/inner.txt"},
+        {"a typed shortcut is chosen, not its target", kFolders, 0, kAll, {}, "note.lnk", {}, {}, "chose ~/sub/inner.txt"},
+        {"a picked shortcut is followed against the flag", kFolders, flag::NoDereferenceLinks, kAll, {"note.lnk"}, "", {}, {}, "chose ~/note.lnk"},
+        {"a typed shortcut is followed against the flag", kFolders, flag::NoDereferenceLinks, kAll, {}, "note.lnk", {}, {}, "chose ~/note.lnk"},
+    };
+    // clang-format on
+    for (const auto& [fault, options, flags, type, picked, typed, answers, shown, after] : rows) {
+        SCOPED_TRACE(fault);
+        folder_.setReadOnly("locked.txt");
+        request_.options = options;
+        request_.flags = flags;
+        request_.filterIndex = type;
+        request_.folder = folder_.folder();
+        open();
+        dialog_->fileList()->selectNames(picked);
+        dialog_->nameBox()->setText(QString(typed).replace("~", folder_.path()));
+        ScriptedMessageService messages;
+        for (const Answer answer : answers)
+            messages.script({answer});
+        dialog_->ok();
+        EXPECT_EQ(messages.shownIds(), shown);
+        EXPECT_EQ(outcome(), after);
+    }
+}
+
 TEST_F(FileBrowserDialogTest, StartsInTheRequestedFolderListingItsType) {
     request_.name = QStringLiteral("draft.txt");
-    request_.filterIndex = kTextType;
+    request_.filterIndex = kText;
     FileBrowserDialog& dialog = open();
-    EXPECT_EQ(dialog.folderTree()->currentFolder(), folder_.folder());
-    EXPECT_EQ(listed(), (QStringList{"..", "sub", "a.txt", "b.txt"}));
-    EXPECT_TRUE(nameIsSelected());
-    EXPECT_FALSE(dialog.optionBox()->isVisible());
-    dialog.typeBox()->setCurrentIndex(kSettingsType - 1);
-    EXPECT_EQ(listed(), (QStringList{"..", "sub", "setup.ini"}));
-
-    // An index past the list may come from a settings file written by hand: no type, every file.
-    for (const int index : {0, 99, std::numeric_limits<int>::min()}) {
+    EXPECT_EQ(outcome(), "at ~/ [draft.txt]*");
+    EXPECT_EQ(listed(), (QStringList{"..", "sub", "to-sub.lnk", "a.txt", "b.txt", "locked.txt"}));
+    dialog.typeBox()->setCurrentIndex(kSettings - 1);
+    EXPECT_EQ(listed(), (QStringList{"..", "sub", "to-sub.lnk", "setup.ini"}));
+    // An index past the list may come from a settings file written by hand: every file.
+    for (const int index : {0, kAll + 1}) {
         request_.filterIndex = index;
         request_.options = 0;
         open();
         EXPECT_EQ(dialog_->typeBox()->currentIndex(), -1) << index;
-        EXPECT_EQ(listed(), (QStringList{"a.txt", "b.txt", "setup.ini"})) << index;
+        EXPECT_EQ(listed().size(), 6) << index;
     }
-}
-
-TEST_F(FileBrowserDialogTest, AMissingFolderStartsAtTheDeepestExistingOne) {
-    request_.folder = folder_.path("sub/gone/deeper");
-    open();
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path("sub/"));
     request_.folder = QStringLiteral("relative");
     open();
     EXPECT_EQ(dialog_->folderTree()->currentFolder(), QStringLiteral("/"));
 }
 
+TEST_F(FileBrowserDialogTest, APatternListsItsFilesInTheFolderItNames) {
+    open();
+    dialog_->nameBox()->setText(QStringLiteral("*.ini"));
+    dialog_->ok();
+    EXPECT_EQ(listed(), (QStringList{"..", "sub", "to-sub.lnk", "setup.ini"}));
+    dialog_->nameBox()->setText(folder_.path("sub/inn*"));
+    dialog_->ok();
+    EXPECT_EQ(outcome(), "at ~/sub/ [inn*]");
+    EXPECT_EQ(listed(), (QStringList{"..", "inner.txt"}));
+    // Enter in the name box runs OK, and so does Enter in the list.
+    dialog_->nameBox()->setText(QStringLiteral(".."));
+    QTest::keyClick(dialog_->nameBox(), Qt::Key_Return);
+    EXPECT_EQ(outcome(), "at ~/ []");
+    dialog_->fileList()->selectNames({"sub"});
+    QTest::keyClick(dialog_->fileList()->view(), Qt::Key_Return);
+    QApplication::processEvents();
+    EXPECT_EQ(outcome(), "at ~/sub/ []");
+}
+
 TEST_F(FileBrowserDialogTest, OptionRowPicksTheStoredIndexAndHidesWithoutAList) {
     request_.options |= option::ShowOptionRow;
-    request_.optionList = *FindString(35046);
-    for (const auto& [stored, shown] : {std::pair{0, 0}, {2, 2}, {7, 7}, {8, 0}, {-1, 0}}) {
+    request_.optionList = QStringLiteral("a|b|c||");
+    for (const auto& [stored, shown] : {std::pair{0, 0}, {2, 2}, {3, 0}, {-1, 0}}) {
         request_.optionIndex = stored;
         open();
         EXPECT_TRUE(dialog_->optionBox()->isVisible());
@@ -142,222 +191,49 @@ TEST_F(FileBrowserDialogTest, OptionRowPicksTheStoredIndexAndHidesWithoutAList) 
     EXPECT_EQ(request_.options & option::ShowOptionRow, 0u);
 }
 
-TEST_F(FileBrowserDialogTest, APatternListsItsFilesAndLeavesTheDialogOpen) {
-    request_.filterIndex = kTextType;
-    open();
-    EXPECT_FALSE(okWith(QStringLiteral("*.ini")));
-    EXPECT_EQ(listed(), (QStringList{"..", "sub", "setup.ini"}));
-
-    EXPECT_FALSE(okWith(folder_.path("sub/inn*")));
-    EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.path("sub/"));
-    EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("inn*"));
-    EXPECT_EQ(listed(), (QStringList{"..", "inner.txt"}));
-}
-
-TEST_F(FileBrowserDialogTest, ForbiddenCharactersAreRefusedAlsoOnEnter) {
-    open();
-    for (const char* name : {"a|b.txt", "a:b.txt", "a<b", "a>b", "a\\b"}) {
-        ScriptedMessageService messages{MessageAnswer::Ok};
-        EXPECT_FALSE(okWith(QString::fromUtf8(name))) << name;
-        EXPECT_EQ(messages.shownIds(), QList<int>{30503}) << name;
-        EXPECT_TRUE(nameIsSelected()) << name;
-    }
-    // Enter in the name box runs OK once.
-    ScriptedMessageService messages{MessageAnswer::Ok};
-    QTest::keyClick(dialog_->nameBox(), Qt::Key_Return);
-    QApplication::processEvents();
-    EXPECT_EQ(messages.shownIds(), QList<int>{30503});
-}
-
-// A folder typed (by name, "..", or a shortcut to it) or picked in the list opens instead.
-TEST_F(FileBrowserDialogTest, AFolderTypedOrPickedOpensInsteadOfClosing) {
-    folder_.write("to-sub.lnk", folder_.lnkTo("sub"));
-    open();
-    for (const auto& [typed, opened] :
-         {std::pair{"sub", "sub/"}, {"..", ""}, {"to-sub.lnk", "sub/"}, {"..", ""}}) {
-        EXPECT_FALSE(okWith(QString::fromUtf8(typed)));
-        EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder() + opened) << typed;
-        EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
-    }
-    for (const auto& [picked, opened] : {std::pair{"sub", "sub/"}, {"..", ""}}) {
-        dialog_->fileList()->selectNames({QString::fromUtf8(picked)});
-        dialog_->ok();
-        EXPECT_NE(dialog_->result(), QDialog::Accepted);
-        EXPECT_EQ(dialog_->folderTree()->currentFolder(), folder_.folder() + opened) << picked;
-    }
-}
-
-TEST_F(FileBrowserDialogTest, ATypedNameWithoutDotGetsTheTypesExtensionFirst) {
-    folder_.write("NOTES.TXT");
-    openForSaving(0, option::AppendTypeExtension);
-    EXPECT_FALSE(okWith(QStringLiteral("memo")));
-    EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("memo.txt"));
-    EXPECT_TRUE(nameIsSelected());
-    // An existing file is shown as spelt on the disk.
-    EXPECT_FALSE(okWith(QStringLiteral("notes")));
-    EXPECT_EQ(dialog_->nameBox()->text(), QStringLiteral("NOTES.TXT"));
-    dialog_->ok();
-    ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.names, QStringList{"NOTES.TXT"});
-    EXPECT_EQ(request_.folder, folder_.folder());
-
-    // A type without an extension of its own adds nothing.
-    openForSaving(0, option::AppendTypeExtension);
-    dialog_->typeBox()->setCurrentIndex(kAllFilesType - 1);
-    EXPECT_TRUE(okWith(QStringLiteral("plain")));
-    EXPECT_EQ(request_.names, QStringList{"plain"});
-}
-
-TEST_F(FileBrowserDialogTest, AnEmptyNameNeedsASelection) {
-    const std::tuple<std::uint32_t, const char*, int> rows[] = {
-        {list_option::ShowFolders, "", 30513},
-        {list_option::ShowFolders | option::NoNameBox, "", 30511},
-        {option::NoFileList, "   ", 30512},
-    };
-    for (const auto& [options, name, id] : rows) {
-        request_.options = options;
-        open();
-        ScriptedMessageService messages{MessageAnswer::Ok};
-        EXPECT_FALSE(okWith(QString::fromUtf8(name)));
-        EXPECT_EQ(messages.shownIds(), QList<int>{id});
-    }
-}
-
-TEST_F(FileBrowserDialogTest, AListPickInSaveModeClosesWithoutAQuestion) {
-    openForSaving(flag::OverwritePrompt | flag::CreatePrompt);
-    ScriptedMessageService messages;
-    dialog_->fileList()->selectNames({"a.txt"});
-    dialog_->ok();
-    ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.names, QStringList{"a.txt"});
-}
-
-TEST_F(FileBrowserDialogTest, ADoubleTapOnAFileOpensItButNeverSavesOverIt) {
-    request_.name = QStringLiteral("typed.txt");
-    open();
-    FileListCtrl* list = dialog_->fileList();
-    QAbstractItemView* view = list->view();
-    const QPoint row = view->visualRect(view->model()->index(2, 0)).center();
-    ASSERT_EQ(list->entryOf(2)->name, QStringLiteral("a.txt"));
-    DoubleTap(view->viewport(), row);
-    QApplication::processEvents();
-    ASSERT_EQ(dialog_->result(), QDialog::Accepted);
-    EXPECT_EQ(request_.names, QStringList{"a.txt"});
-
-    request_.folder = folder_.folder();
-    openForSaving(flag::OverwritePrompt);
-    view = dialog_->fileList()->view();
-    DoubleTap(view->viewport(), row);
-    QApplication::processEvents();
-    EXPECT_NE(dialog_->result(), QDialog::Accepted);
-}
-
-TEST_F(FileBrowserDialogTest, ExistenceFlagsRefuseMissingFilesAndFolders) {
-    request_.flags = flag::FileMustExist;
-    open();
-    {
-        ScriptedMessageService messages{MessageAnswer::Ok};
-        EXPECT_FALSE(okWith(QStringLiteral("missing.txt")));
-        ASSERT_EQ(messages.shown().size(), 1);
-        EXPECT_EQ(messages.shown().front().text,
-                  FormatMessage(QString::fromUtf16(fileops_message::kEntryNotFound.text),
-                                {folder_.path("missing.txt")}));
-        EXPECT_TRUE(nameIsSelected());
-    }
-    request_.flags = flag::PathMustExist;
-    open();
-    ScriptedMessageService messages{MessageAnswer::Ok};
-    EXPECT_FALSE(okWith(QStringLiteral("nowhere/x.txt")));
-    ASSERT_EQ(messages.shown().size(), 1);
-    EXPECT_EQ(messages.shown().front().id, 30023);
-    EXPECT_TRUE(messages.shown().front().text.endsWith(folder_.path("nowhere")));
-    // A typed path splits into folder and name.
-    EXPECT_TRUE(okWith(folder_.path("sub/../sub/new.txt")));
-    EXPECT_EQ(request_.folder, folder_.path("sub/"));
-    EXPECT_EQ(request_.names, QStringList{"new.txt"});
-}
-
-// Each question of saving: No keeps the dialog open with the name selected, Yes closes it. The
-// unlocking question answers the overwrite one as well, and unlocks the file.
-TEST_F(FileBrowserDialogTest, SaveAsksBeforeCreatingOverwritingOrUnlocking) {
-    const std::tuple<const char*, bool, std::uint32_t, std::uint32_t, int> rows[] = {
-        {"new.txt", false, flag::CreatePrompt, 0, 30010},
-        {"a.txt", false, flag::OverwritePrompt, 0, 30013},
-        {"a.txt", true, flag::OverwritePrompt, 0, 30013},
-        {"a.txt", true, flag::OverwritePrompt, option::UnlockReadOnly, 30028},
-    };
-    for (const auto& [name, readOnly, flags, options, question] : rows) {
-        SCOPED_TRACE(question);
-        folder_.setReadOnly("a.txt", readOnly);
-        request_.folder = folder_.folder();
-        openForSaving(flags, options);
-        ScriptedMessageService messages{MessageAnswer::No, MessageAnswer::Yes};
-        EXPECT_FALSE(okWith(QString::fromUtf8(name)));
-        EXPECT_TRUE(nameIsSelected());
-        EXPECT_EQ(folder_.isReadOnly("a.txt"), readOnly);
-        EXPECT_TRUE(okWith(QString::fromUtf8(name)));
-        ASSERT_EQ(messages.shownIds(), (QList<int>{question, question}));
-        EXPECT_EQ(messages.shown().front().defaultButton, MessageAnswer::No);
-        EXPECT_EQ(messages.shown().front().icon, MessageIcon::Question);
-        EXPECT_EQ(request_.names, QStringList{QString::fromUtf8(name)});
-        EXPECT_EQ(folder_.isReadOnly("a.txt"), readOnly && question != 30028);
-    }
-}
-
-TEST_F(FileBrowserDialogTest, MultipleSelectionCollectsNamesOnce) {
-    request_.flags = flag::AllowMultiSelect;
-    open();
-    dialog_->fileList()->selectNames(
-        {QStringLiteral(".."), QStringLiteral("b.txt"), QStringLiteral("a.txt")});
-    EXPECT_TRUE(okWith(QStringLiteral("B.TXT")));
-    EXPECT_EQ(request_.names, (QStringList{"B.TXT", "a.txt"}));
-
-    open();
-    dialog_->fileList()->selectNames({QStringLiteral("b.txt"), QStringLiteral("a.txt")});
-    EXPECT_TRUE(okWith(QString()));
-    EXPECT_EQ(request_.names, (QStringList{"a.txt", "b.txt"}));
-}
-
 TEST_F(FileBrowserDialogTest, ResultsCarryTypeOptionStyleAndFolders) {
     request_.options |= option::ShowOptionRow;
-    request_.optionList = *FindString(35047);
-    request_.optionIndex = 1;
+    request_.optionList = QStringLiteral("a|b|c||");
     request_.listStyle = list_style::List;
     open();
-    dialog_->typeBox()->setCurrentIndex(kSettingsType - 1);
-    dialog_->optionBox()->setCurrentIndex(4);
+    dialog_->typeBox()->setCurrentIndex(kSettings - 1);
+    dialog_->optionBox()->setCurrentIndex(2);
     dialog_->fileList()->runCommand(cmd::ShowFolders);
-    EXPECT_TRUE(okWith(QStringLiteral("x.ini")));
-    EXPECT_EQ(request_.filterIndex, kSettingsType);
-    EXPECT_EQ(request_.optionIndex, 4);
+    dialog_->nameBox()->setText("x.ini");
+    dialog_->ok();
+    EXPECT_EQ(outcome(), "chose ~/x.ini");
+    EXPECT_EQ(request_.filterIndex, kSettings);
+    EXPECT_EQ(request_.optionIndex, 2);
     EXPECT_EQ(request_.listStyle, list_style::List);
     EXPECT_FALSE(request_.showFolders);
-    EXPECT_EQ(request_.path(), folder_.path("x.ini"));
+    // "選択した .lnk ファイル" takes the shortcut itself.
+    request_.filterIndex = kAll;
+    open();
+    dialog_->fileList()->selectNames({"note.lnk"});
+    dialog_->fileList()->runCommand(cmd::SelectLnk);
+    EXPECT_EQ(outcome(), "chose ~/note.lnk");
 }
 
-TEST_F(FileBrowserDialogTest, ShortcutsStandForTheirTargetsUnlessAskedOtherwise) {
-    folder_.write("sub/target.txt");
-    folder_.write("note.lnk", folder_.lnkTo("sub/target.txt"));
-    const QString target = folder_.path("sub/target.txt");
-    const QString shortcut = folder_.path("note.lnk");
-    // Picked in the list or typed; "選択した .lnk ファイル" or the flag take the file itself.
-    const std::tuple<bool, std::uint32_t, int, QString> rows[] = {
-        {true, 0, cmd::Ok, target},
-        {false, 0, cmd::Ok, target},
-        {true, 0, cmd::SelectLnk, shortcut},
-        {false, flag::NoDereferenceLinks, cmd::Ok, shortcut},
-    };
-    for (const auto& [picked, flags, command, result] : rows) {
-        request_.flags = flags;
+// A double tap on a file opens it, but never saves over it.
+TEST_F(FileBrowserDialogTest, ADoubleTapOnAFileOpensItButNeverSavesOverIt) {
+    for (const std::uint32_t saving : {0u, option::Saving}) {
+        request_.name = QStringLiteral("typed.txt");
+        request_.options = kFolders | saving;
         request_.folder = folder_.folder();
         open();
-        if (picked)
-            dialog_->fileList()->selectNames({"note.lnk"});
-        else
-            dialog_->nameBox()->setText(QStringLiteral("note.lnk"));
-        dialog_->fileList()->runCommand(command);
-        ASSERT_EQ(dialog_->result(), QDialog::Accepted) << picked << flags << command;
-        EXPECT_EQ(request_.path(), result);
+        QAbstractItemView* view = dialog_->fileList()->view();
+        const int row = int(listed().indexOf("a.txt"));
+        const QPoint centre = view->visualRect(view->model()->index(row, 0)).center();
+        // Press, release, double click, release: as the window system delivers a double tap.
+        for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                                        QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+            const bool up = type == QEvent::MouseButtonRelease;
+            QMouseEvent event(type, centre, view->viewport()->mapToGlobal(centre), Qt::LeftButton,
+                              up ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(view->viewport(), &event);
+        }
+        QApplication::processEvents();
+        EXPECT_EQ(outcome(), saving ? "at ~/ [typed.txt]*" : "chose ~/a.txt");
     }
 }
 
@@ -372,85 +248,64 @@ TEST_F(FileBrowserDialogTest, OkWhileALabelIsEditedOnlyEndsTheEdit) {
     EXPECT_FALSE(dialog_->folderTree()->isEditing());
 }
 
-TEST_F(FileBrowserDialogTest, TapsOnEmptySpaceEnlargeAPane) {
+TEST_F(FileBrowserDialogTest, TapsOnEmptySpaceEnlargeAPaneAndTheHookSeesKeysFirst) {
     request_.options |= option::EnlargeBySingleTap;
-    open();
-    dialog_->resize(400, 700);
-    QApplication::processEvents();
-    QWidget* listArea = dialog_->fileList()->view()->viewport();
-    QTest::mouseClick(listArea, Qt::LeftButton, {}, QPoint(5, listArea->height() - 3));
-    QApplication::processEvents();
-    EXPECT_EQ(dialog_->layoutMode(), FileBrowserDialog::ListEnlarged);
-    QTest::mouseClick(listArea, Qt::LeftButton, {}, QPoint(5, listArea->height() - 3));
-    QApplication::processEvents();
-    EXPECT_EQ(dialog_->layoutMode(), FileBrowserDialog::Normal);
-
-    QWidget* treeArea = dialog_->folderTree()->viewport();
-    QTest::mouseClick(treeArea, Qt::LeftButton, {},
-                      QPoint(treeArea->width() - 3, treeArea->height() - 3));
-    QApplication::processEvents();
-    EXPECT_EQ(dialog_->layoutMode(), FileBrowserDialog::TreeEnlarged);
-}
-
-TEST_F(FileBrowserDialogTest, TheHookSeesEventsFirst) {
     int keys = 0;
     request_.flags = flag::EnableHook;
     request_.hook = [&keys](QObject*, QEvent* event) {
-        if (event->type() != QEvent::KeyPress)
-            return false;
-        ++keys;
-        return true;
+        keys += event->type() == QEvent::KeyPress;
+        return event->type() == QEvent::KeyPress;
     };
     open();
+    dialog_->resize(400, 700);
+    QApplication::processEvents();
+    QWidget* list = dialog_->fileList()->view()->viewport();
+    QWidget* tree = dialog_->folderTree()->viewport();
+    const std::pair<QWidget*, FileBrowserDialog::LayoutMode> taps[] = {
+        {list, FileBrowserDialog::ListEnlarged},
+        {list, FileBrowserDialog::Normal},
+        {tree, FileBrowserDialog::TreeEnlarged}};
+    for (const auto& [pane, mode] : taps) {
+        QTest::mouseClick(pane, Qt::LeftButton, {}, QPoint(pane->width() - 3, pane->height() - 3));
+        QApplication::processEvents();
+        EXPECT_EQ(dialog_->layoutMode(), mode);
+    }
     dialog_->nameBox()->clear();
     QTest::keyClicks(dialog_->nameBox(), QStringLiteral("abc"));
     EXPECT_EQ(keys, 3);
     EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
 }
 
+// Each setting decides its option (or leaves the option row with a code set to pick), the style
+// and the delay; OK keeps the style and the folders choice.
 TEST(BrowseSettings, TakeTheTapAndDisplaySettingsAndKeepTheChoices) {
     ScratchFolder folder;
     SettingsStore store(folder.path("settings.ini"));
     const IntSetting keys[] = {setting::SELECT_BY_SINGLE_TAP, setting::SHOW_FOLDER_ON_FILE_LIST,
-                               setting::STR_ZOOM_METHOD, setting::FILE_LIST_STYLE,
-                               setting::LONG_DELAY};
-    // The values of those settings, and the options, style and delay the request takes.
-    const std::tuple<std::array<int, 5>, std::uint32_t, int, bool> rows[] = {
-        {{1, 0, 1, 1, 1},
-         list_option::SingleTapOpensFolder | option::EnlargeBySingleTap,
-         list_style::Details,
-         true},
-        {{0, 1, 2, 3, 0},
-         list_option::ShowFolders | option::EnlargeByDoubleTap,
-         list_style::List,
-         false},
-        {{0, 0, 0, 9, 0}, 0, list_style::Details, false},
-    };
-    for (const auto& [values, options, style, longHold] : rows) {
+                               setting::STR_ZOOM_METHOD,      setting::SELECTABLE_CODE_SET,
+                               setting::FILE_LIST_STYLE,      setting::LONG_DELAY};
+    const std::uint32_t all = list_option::SingleTapOpensFolder | kFolders | option::ShowOptionRow |
+                              option::EnlargeBySingleTap | option::EnlargeByDoubleTap;
+    // clang-format off
+    const std::tuple<std::array<int, 6>, std::uint32_t> rows[] = {
+        {{1, 0, 1, 1, 1, 1}, list_option::SingleTapOpensFolder | option::EnlargeBySingleTap | option::ShowOptionRow},
+        {{0, 1, 2, 0, 3, 0}, kFolders | option::EnlargeByDoubleTap}};
+    // clang-format on
+    for (const auto& [values, options] : rows) {
         for (std::size_t i = 0; i < values.size(); ++i)
             store.write(keys[i], values[i]);
         BrowseRequest request;
-        request.options = list_option::SingleTapOpensFolder | list_option::ShowFolders |
-                          option::EnlargeBySingleTap | option::EnlargeByDoubleTap | option::Saving;
+        request.options = all | option::Saving;
         ApplyBrowseSettings(request, store);
-        EXPECT_EQ(request.options, options | option::Saving) << values[0] << values[2];
-        EXPECT_EQ(request.listStyle, style);
-        EXPECT_EQ(request.longHoldDelay, longHold);
+        EXPECT_EQ(request.options, options | option::Saving) << values[0];
+        EXPECT_EQ(request.listStyle, values[4]);
+        EXPECT_EQ(request.longHoldDelay, values[5] != 0);
+        request.showFolders = !values[1];
+        request.listStyle = list_style::Icons;
+        StoreBrowseSettings(request, store);
+        EXPECT_EQ(store.read(setting::SHOW_FOLDER_ON_FILE_LIST), int(!values[1]));
+        EXPECT_EQ(store.read(setting::FILE_LIST_STYLE), list_style::Icons);
     }
-    // The option row goes without a selectable code set.
-    BrowseRequest request;
-    request.options = option::ShowOptionRow;
-    ApplyBrowseSettings(request, store);
-    EXPECT_NE(request.options & option::ShowOptionRow, 0u);
-    store.write(setting::SELECTABLE_CODE_SET, 0);
-    ApplyBrowseSettings(request, store);
-    EXPECT_EQ(request.options & option::ShowOptionRow, 0u);
-
-    request.showFolders = false;
-    request.listStyle = list_style::Icons;
-    StoreBrowseSettings(request, store);
-    EXPECT_EQ(store.read(setting::SHOW_FOLDER_ON_FILE_LIST), 0);
-    EXPECT_EQ(store.read(setting::FILE_LIST_STYLE), list_style::Icons);
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "fileops/FileClipboard.h"
 #include "fileops/FileSystem.h"
-#include "messages/testing/ScriptedMessageService.h"
 #include "support/ScratchFolder.h"
 
 #include <QAbstractItemView>
@@ -13,353 +12,282 @@
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
-#include <gtest/gtest.h>
+#include <optional>
 
 namespace korvel {
 namespace {
 
 namespace cmd = browser_command;
 using testing::ScratchFolder;
+using Answer = MessageAnswer;
 
-// Closes the first popup menu that opens, as a user tapping beside it would, and keeps the texts
-// of its items.
-class MenuWatcher {
-public:
-    MenuWatcher() {
-        QObject::connect(&timer_, &QTimer::timeout, [this] {
-            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            if (menu == nullptr)
-                return;
-            for (const QAction* action : menu->actions())
-                texts_.append(action->text());
+// Runs open, closing the first popup menu it shows as a tap beside it would; the menu's
+// top-level item count, -1 without a menu.
+int ItemsOfTheMenuOpenedBy(const std::function<void()>& open) {
+    int items = -1;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+            items = int(menu->actions().size());
             menu->close();
-            timer_.stop();
-        });
-        timer_.start(0);
-    }
-    const QStringList& texts() const { return texts_; }
-
-private:
-    QTimer timer_;
-    QStringList texts_;
-};
-
-// The labels a QMenu made from a menu shows at its top level.
-QStringList TopLevelTexts(const Menu& menu) {
-    QStringList texts;
-    for (const MenuItem& item : menu)
-        texts.append(item.text);
-    return texts;
+            timer.stop();
+        }
+    });
+    timer.start(0);
+    open();
+    QApplication::processEvents();
+    return items;
 }
 
 class FileListCtrlTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        folder_.makeFolder("sub");
-        folder_.writeSized("a.txt", 300);
-        folder_.writeSized("b.txt", 100);
-        folder_.writeSized("c.txt", 200);
-    }
-
-    // A list as the browse dialog makes it, showing the test folder.
-    void create(std::uint32_t options = list_option::ShowFolders, bool multiple = false,
+    // A list as the browse dialog makes it, of a new folder with "sub" and three files.
+    void create(std::uint32_t options = list_option::ShowFolders, bool multiple = true,
                 bool ownNavigation = false) {
-        FileListSwitches switches;
-        switches.singleSelectionOnly = !multiple;
-        switches.ownFolderNavigation = ownNavigation;
-        list_.create(list_style::Details, options, switches);
-        list_.setClipboard(&clipboard_);
-        list_.resize(400, 600);
-        list_.show();
-        ASSERT_TRUE(list_.setFolder(folder_.folder()));
-        list_.refresh();
+        folder_.emplace();
+        folder_->makeFolder("sub");
+        for (const auto& [name, size] : {std::pair{"a.txt", 300}, {"b.txt", 100}, {"c.txt", 200}})
+            folder_->writeSized(name, size);
+        list_.emplace();
+        list_->create(list_style::Details, options,
+                      {.singleSelectionOnly = !multiple, .ownFolderNavigation = ownNavigation});
+        list_->setClipboard(&clipboard_);
+        list_->resize(400, 600);
+        list_->show();
+        ASSERT_TRUE(list_->setFolder(folder_->folder()));
+        list_->refresh();
+    }
+    // The rows in order, the selected ones marked "*".
+    QString state() const {
+        QStringList names;
+        for (int row = 0; row < list_->rowCount(); ++row)
+            names.append(list_->entryOf(row)->name +
+                         (list_->selectedRows().contains(row) ? "*" : ""));
+        return names.join(u' ');
+    }
+    int rowOf(const QString& name) const {
+        int row = 0;
+        while (row < list_->rowCount() && list_->entryOf(row)->name != name)
+            ++row;
+        return row;
+    }
+    QPoint centreOf(const QString& name) const {
+        return list_->view()->visualRect(list_->view()->model()->index(rowOf(name), 0)).center();
+    }
+    void tap(const QString& name) {
+        QTest::mouseClick(list_->view()->viewport(), Qt::LeftButton, {}, centreOf(name));
+    }
+    static void tapHeader(FileListCtrl& list, int column) {
+        QHeaderView* header = static_cast<QTreeView*>(list.view())->header();
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          QPoint(header->sectionViewportPosition(column) + 5, 5));
     }
 
-    QStringList names() const {
-        QStringList result;
-        for (int row = 0; row < list_.rowCount(); ++row)
-            result.append(list_.entryOf(row)->name);
-        return result;
-    }
-    QStringList selectedNames() const {
-        QStringList result;
-        for (int row : list_.selectedRows())
-            result.append(list_.entryOf(row)->name);
-        return result;
-    }
-    int rowOf(const QString& name) const { return int(names().indexOf(name)); }
-    QPoint centreOf(int row) const {
-        QAbstractItemView* view = list_.view();
-        return view->visualRect(view->model()->index(row, 0)).center();
-    }
-    void tap(int row) {
-        QTest::mouseClick(list_.view()->viewport(), Qt::LeftButton, {}, centreOf(row));
-    }
-    void tapHeader(int column) {
-        QHeaderView* header = static_cast<QTreeView*>(list_.view())->header();
-        const QPoint point(header->sectionViewportPosition(column) +
-                               header->sectionSize(column) / 2,
-                           header->height() / 2);
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, point);
-    }
-    void select(const QStringList& selection) { list_.selectNames(selection); }
-
-    ScratchFolder folder_;
     FileClipboard clipboard_;
-    FileListCtrl list_;
+    std::optional<ScratchFolder> folder_;
+    std::optional<FileListCtrl> list_;
 };
 
-TEST_F(FileListCtrlTest, SelectAllLeavesTheParentRowOut) {
-    create(list_option::ShowFolders, true);
-    list_.runCommand(cmd::SelectAll);
-    EXPECT_EQ(selectedNames(), (QStringList{"sub", "a.txt", "b.txt", "c.txt"}));
+TEST_F(FileListCtrlTest, CommandsActOnTheSelectionAndShowTheResult) {
+    // clang-format off
+    const std::tuple<const char*, QStringList, QList<int>, QList<Answer>, const char*> rows[] = {
+        {"select all takes '..'", {}, {cmd::SelectAll}, {}, ".. sub* a.txt* b.txt* c.txt*"},
+        {"a sort loses the selection", {"b.txt", "c.txt"}, {cmd::SortByName + 1}, {}, ".. sub b.txt* c.txt* a.txt"},
+        {"the folders stay", {}, {cmd::ShowFolders}, {}, "a.txt b.txt c.txt"},
+        {"a delete answered No deletes", {"a.txt", "c.txt"}, {cmd::Delete}, {Answer::No}, ".. sub a.txt* b.txt c.txt*"},
+        {"deleted rows stay", {"a.txt", "c.txt"}, {cmd::Delete}, {Answer::Yes}, ".. sub b.txt"},
+        {"a pasted copy is not selected", {"a.txt"}, {cmd::Copy, cmd::Paste}, {}, ".. sub a.txt b.txt c.txt コピー ～ a.txt*"},
+    };
+    // clang-format on
+    for (const auto& [fault, picked, commands, answers, after] : rows) {
+        SCOPED_TRACE(fault);
+        create();
+        list_->selectNames(picked);
+        ScriptedMessageService messages;
+        for (const Answer answer : answers)
+            messages.script({answer});
+        const QStringList before = folder_->names();
+        QSignalSpy changed(&*list_, &FileListCtrl::contentsChanged); // the tree refills on it
+        for (const int command : commands)
+            list_->runCommand(command);
+        EXPECT_EQ(state(), QString::fromUtf8(after));
+        EXPECT_EQ(changed.isEmpty(), folder_->names() == before);
+    }
 }
 
-TEST_F(FileListCtrlTest, HeaderTapsFlipOneRememberedDirection) {
+TEST_F(FileListCtrlTest, HeaderTapsFlipOneDirectionForTheWholeProgram) {
     create(0);
-    tapHeader(sort_column::Size);
-    const bool firstDescending = IsDescending(list_.sortKey());
-    tapHeader(sort_column::Size);
-    EXPECT_EQ(IsDescending(list_.sortKey()), !firstDescending);
-    tapHeader(sort_column::Name);
-    EXPECT_EQ(list_.sortKey(), MakeSortKey(sort_column::Name, false));
-    EXPECT_EQ(names(), (QStringList{"a.txt", "b.txt", "c.txt"}));
-    tapHeader(sort_column::Name);
-    EXPECT_EQ(names(), (QStringList{"c.txt", "b.txt", "a.txt"}));
-
-    // The menu sorts ascending without touching the remembered direction, so the next header
-    // tap on that column flips the remembered one and leaves the order ascending.
-    list_.runCommand(cmd::SortByName);
-    EXPECT_EQ(names(), (QStringList{"a.txt", "b.txt", "c.txt"}));
-    tapHeader(sort_column::Name);
-    EXPECT_EQ(list_.sortKey(), MakeSortKey(sort_column::Name, false));
-
-    // The direction is the program's, not the list's: a new list continues from it.
+    for (const int column : {sort_column::Size, sort_column::Size, sort_column::Name})
+        tapHeader(*list_, column);
+    EXPECT_EQ(state(), "a.txt b.txt c.txt");
+    tapHeader(*list_, sort_column::Name);
+    EXPECT_EQ(state(), "c.txt b.txt a.txt");
+    // The menu sorts ascending without touching the remembered direction, so the next tap on
+    // that column flips it back to ascending.
+    list_->runCommand(cmd::SortByName);
+    EXPECT_EQ(state(), "a.txt b.txt c.txt");
+    tapHeader(*list_, sort_column::Name);
+    EXPECT_EQ(list_->sortKey(), MakeSortKey(sort_column::Name, false));
+    // A new list continues from the direction the last tap left.
     FileListCtrl other;
     other.create(list_style::Details, 0, {});
     other.show();
-    ASSERT_TRUE(other.setFolder(folder_.folder()));
+    ASSERT_TRUE(other.setFolder(folder_->folder()));
     other.refresh();
-    QHeaderView* header = static_cast<QTreeView*>(other.view())->header();
-    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
-                      QPoint(header->sectionSize(0) / 2, header->height() / 2));
+    tapHeader(other, sort_column::Name);
     EXPECT_EQ(other.sortKey(), MakeSortKey(sort_column::Name, true));
 }
 
-TEST_F(FileListCtrlTest, SortingKeepsTheSelection) {
-    create(0, true);
-    select({QStringLiteral("b.txt"), QStringLiteral("c.txt")});
-    list_.runCommand(cmd::SortByName + sort_column::Size);
-    EXPECT_EQ(names(), (QStringList{"b.txt", "c.txt", "a.txt"}));
-    EXPECT_EQ(selectedNames(), (QStringList{"b.txt", "c.txt"}));
-}
-
 TEST_F(FileListCtrlTest, MultiSelectModeTogglesTappedRowsUntilARefresh) {
-    create(list_option::ShowFolders, true);
-    list_.runCommand(cmd::MultiSelect);
-    ASSERT_TRUE(list_.multiSelectMode());
-    tap(rowOf("a.txt"));
-    tap(rowOf("c.txt"));
-    EXPECT_EQ(selectedNames(), (QStringList{"a.txt", "c.txt"}));
-    tap(rowOf("a.txt"));
-    EXPECT_EQ(selectedNames(), QStringList{"c.txt"});
-    // A folder row is selected like any other, not opened.
-    tap(rowOf("sub"));
-    EXPECT_EQ(list_.folder(), folder_.folder());
-
-    list_.runCommand(cmd::Refresh);
-    EXPECT_FALSE(list_.multiSelectMode());
+    create();
+    list_->runCommand(cmd::MultiSelect);
+    for (const char* name : {"a.txt", "c.txt", "a.txt", "sub"})
+        tap(name);
+    EXPECT_EQ(state(), ".. sub* a.txt b.txt c.txt*");
+    list_->runCommand(cmd::Refresh);
+    EXPECT_FALSE(list_->multiSelectMode());
 }
 
-// With the option one tap opens a folder, without it a double tap; ".." leads back.
+// With the option one tap opens a folder, without it a double tap; ".." and the command lead
+// back, and the root has no way up.
 TEST_F(FileListCtrlTest, OwnNavigationOpensFoldersByTheTapTheOptionAsks) {
-    folder_.write("sub/inner.txt");
     for (const bool singleTap : {true, false}) {
         create(list_option::ShowFolders | (singleTap ? list_option::SingleTapOpensFolder : 0),
                false, true);
-        QSignalSpy changed(&list_, &FileListCtrl::folderChanged);
-        tap(rowOf("sub"));
-        if (!singleTap) {
-            EXPECT_EQ(list_.folder(), folder_.folder());
-            QTest::mouseDClick(list_.view()->viewport(), Qt::LeftButton, {},
-                               centreOf(rowOf("sub")));
-        }
-        EXPECT_EQ(list_.folder(), folder_.path("sub/")) << singleTap;
-        EXPECT_EQ(names(), (QStringList{"..", "inner.txt"}));
+        QSignalSpy changed(&*list_, &FileListCtrl::folderChanged);
+        tap("sub");
+        EXPECT_EQ(list_->folder(), folder_->folder(singleTap ? "sub" : ""));
+        if (!singleTap)
+            QTest::mouseDClick(list_->view()->viewport(), Qt::LeftButton, {}, centreOf("sub"));
+        EXPECT_EQ(state(), "..");
         EXPECT_EQ(changed.size(), 1);
-        list_.runCommand(cmd::ParentFolder);
-        EXPECT_EQ(list_.folder(), folder_.folder());
+        list_->runCommand(cmd::ParentFolder);
+        EXPECT_EQ(list_->folder(), folder_->folder());
     }
+    EXPECT_FALSE(list_->popupState().atRoot);
+    list_->runCommand(cmd::ParentFolder);
+    EXPECT_EQ(list_->folder(), files::ParentFolderOf(folder_->folder()));
+    ASSERT_TRUE(list_->setFolder(QStringLiteral("/")));
+    EXPECT_TRUE(list_->popupState().atRoot);
 }
 
-TEST_F(FileListCtrlTest, TellsItsOwnerAboutTapsOnceTheyAreReleased) {
-    create();
-    QSignalSpy tapped(&list_, &FileListCtrl::rowTapped);
-    tap(rowOf("b.txt"));
+// The owner hears of a tap on a row or on empty space once it is released; a press held until
+// the menu came is no tap.
+TEST_F(FileListCtrlTest, TellsItsOwnerAboutTapsButNotAboutHolds) {
+    create(list_option::ShowFolders, false);
+    QSignalSpy tapped(&*list_, &FileListCtrl::rowTapped);
+    tap("b.txt");
     EXPECT_TRUE(tapped.isEmpty());
     QApplication::processEvents();
-    ASSERT_EQ(tapped.size(), 1);
-    EXPECT_EQ(tapped.front().front().toInt(), rowOf("b.txt"));
-    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
-
-    QTest::mouseClick(list_.view()->viewport(), Qt::LeftButton, {},
-                      QPoint(10, list_.view()->viewport()->height() - 5));
+    QTest::mouseClick(list_->view()->viewport(), Qt::LeftButton, {},
+                      QPoint(10, list_->view()->viewport()->height() - 5));
     QApplication::processEvents();
     ASSERT_EQ(tapped.size(), 2);
-    EXPECT_EQ(tapped.back().front().toInt(), -1);
-}
+    EXPECT_EQ(tapped[0].front().toInt(), rowOf("b.txt"));
+    EXPECT_EQ(tapped[1].front().toInt(), -1);
 
-TEST_F(FileListCtrlTest, HoldingARowOpensTheFileMenuAndTheReleaseIsNoTap) {
-    create();
-    list_.setHoldDelay(0);
-    QSignalSpy tapped(&list_, &FileListCtrl::rowTapped);
-    MenuWatcher watcher;
-    QWidget* viewport = list_.view()->viewport();
-    QTest::mousePress(viewport, Qt::LeftButton, {}, centreOf(rowOf("b.txt")));
+    list_->setHoldDelay(0);
+    QWidget* viewport = list_->view()->viewport();
+    EXPECT_EQ(ItemsOfTheMenuOpenedBy(
+                  [&] { QTest::mousePress(viewport, Qt::LeftButton, {}, centreOf("c.txt")); }),
+              int(FilePopupMenu(list_->popupState()).size()));
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, centreOf("c.txt"));
     QApplication::processEvents();
-    EXPECT_EQ(watcher.texts(), TopLevelTexts(FilePopupMenu(list_.popupState())));
-    QTest::mouseRelease(viewport, Qt::LeftButton, {}, centreOf(rowOf("b.txt")));
-    QApplication::processEvents();
-    EXPECT_TRUE(tapped.isEmpty());
-    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
+    EXPECT_EQ(tapped.size(), 2);
+    EXPECT_EQ(state(), ".. sub a.txt b.txt c.txt*");
 }
 
 // Inside the selection a right click keeps it; outside, the clicked row alone is selected.
 TEST_F(FileListCtrlTest, ARightClickOutsideTheSelectionMenusForThatRowAlone) {
-    create(list_option::ShowFolders, true);
-    for (const auto& [row, after] : {std::pair{"b.txt", QStringList{"a.txt", "b.txt"}},
-                                     std::pair{"c.txt", QStringList{"c.txt"}}}) {
-        select({QStringLiteral("a.txt"), QStringLiteral("b.txt")});
-        MenuWatcher watcher;
-        QTest::mousePress(list_.view()->viewport(), Qt::RightButton, {}, centreOf(rowOf(row)));
-        EXPECT_EQ(watcher.texts(), TopLevelTexts(FilePopupMenu(list_.popupState())));
-        EXPECT_EQ(selectedNames(), after);
+    create();
+    for (const auto& [row, after] : {std::pair{"b.txt", ".. sub a.txt* b.txt* c.txt"},
+                                     std::pair{"c.txt", ".. sub a.txt b.txt c.txt*"}}) {
+        list_->selectNames({"a.txt", "b.txt"});
+        EXPECT_GT(ItemsOfTheMenuOpenedBy([&] {
+                      QTest::mousePress(list_->view()->viewport(), Qt::RightButton, {},
+                                        centreOf(row));
+                  }),
+                  0);
+        EXPECT_EQ(state(), after);
     }
 }
 
-TEST_F(FileListCtrlTest, EnterIsHandedToTheDialog) {
+TEST_F(FileListCtrlTest, EnterAndTheDialogsCommandsArePassedOn) {
     create();
-    QSignalSpy entered(&list_, &FileListCtrl::enterPressed);
-    list_.view()->setFocus();
-    QTest::keyClick(list_.view(), Qt::Key_Return);
+    QSignalSpy entered(&*list_, &FileListCtrl::enterPressed);
+    QSignalSpy passed(&*list_, &FileListCtrl::dialogCommand);
+    list_->view()->setFocus();
+    QTest::keyClick(list_->view(), Qt::Key_Return);
     QApplication::processEvents();
     EXPECT_EQ(entered.size(), 1);
-}
-
-TEST_F(FileListCtrlTest, ParentFolderCommandAndTheRoot) {
-    create();
-    list_.runCommand(cmd::ParentFolder);
-    EXPECT_EQ(list_.folder(), files::ParentFolderOf(folder_.folder()));
-    EXPECT_FALSE(list_.popupState().atRoot);
-    ASSERT_TRUE(list_.setFolder(QStringLiteral("/")));
-    EXPECT_TRUE(list_.popupState().atRoot);
-}
-
-TEST_F(FileListCtrlTest, ShowFoldersCommandTogglesAndRefreshes) {
-    create();
-    ASSERT_TRUE(names().contains("sub"));
-    list_.runCommand(cmd::ShowFolders);
-    EXPECT_FALSE(names().contains("sub"));
-    EXPECT_EQ(list_.options() & list_option::ShowFolders, 0u);
-    list_.runCommand(cmd::ShowFolders);
-    EXPECT_TRUE(names().contains("sub"));
-}
-
-TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
-    const QString longName = QStringLiteral("a name long enough to run under its neighbours.txt");
-    folder_.write(longName);
-    create();
-    QAbstractItemView* details = list_.view();
-    const int icon = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
-    for (const auto& [command, style] : {std::pair{cmd::StyleIcons, list_style::Icons},
-                                         std::pair{cmd::StyleList, list_style::List}}) {
-        list_.runCommand(command);
-        QApplication::processEvents();
-        EXPECT_EQ(list_.listStyle(), style);
-        QAbstractItemView* view = list_.view();
-        EXPECT_NE(view, details);
-        EXPECT_EQ(view->iconSize(), QSize(icon, icon)) << style;
-        QList<QRect> cells;
-        for (int row = 0; row < list_.rowCount(); ++row)
-            cells.append(view->visualRect(view->model()->index(row, 0)));
-        for (qsizetype i = 0; i < cells.size(); ++i) {
-            for (qsizetype j = i + 1; j < cells.size(); ++j)
-                EXPECT_FALSE(cells[i].intersects(cells[j])) << style << ": " << i << ", " << j;
-        }
-        EXPECT_GE(cells.front().height(), icon);
-    }
-    // Room beside it: the list style shows the longest name whole.
-    const QRect longest =
-        list_.view()->visualRect(list_.view()->model()->index(names().indexOf(longName), 0));
-    EXPECT_GT(longest.width(), list_.view()->fontMetrics().horizontalAdvance(longName) + icon);
-
-    list_.runCommand(cmd::StyleDetails);
-    EXPECT_EQ(list_.view(), details);
-    EXPECT_EQ(list_.popupState().listStyle, list_style::Details);
-}
-
-TEST_F(FileListCtrlTest, PopupStateFollowsTheSelection) {
-    folder_.write("short.lnk", "1#" + folder_.path("a.txt").toUtf8() + "\r\n");
-    create();
-    EXPECT_EQ(list_.popupState().selectedCount, 0);
-    select({QStringLiteral("..")});
-    EXPECT_TRUE(list_.popupState().onlyParentSelected);
-    select({QStringLiteral("short.lnk")});
-    EXPECT_FALSE(list_.popupState().onlyParentSelected);
-    EXPECT_TRUE(list_.popupState().onlyShortcutSelected);
-    EXPECT_EQ(list_.popupState().selectedCount, 1);
-}
-
-// The edit commands hand the selection to the clipboard and the delete, then show the folder as
-// it is with the pasted rows selected; a cut grays pasting back into its own folder.
-TEST_F(FileListCtrlTest, EditCommandsActOnTheSelectionAndShowTheResult) {
-    create(list_option::ShowFolders, true);
-    select({QStringLiteral("a.txt")});
-    list_.runCommand(cmd::Copy);
-    EXPECT_FALSE(list_.popupState().clipboardEmpty);
-    EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
-    list_.runCommand(cmd::Paste);
-    ASSERT_EQ(clipboard_.pastedNames().size(), 1);
-    EXPECT_TRUE(names().contains(clipboard_.pastedNames().front()));
-    EXPECT_EQ(selectedNames(), clipboard_.pastedNames());
-
-    select({QStringLiteral("b.txt")});
-    list_.runCommand(cmd::Cut);
-    EXPECT_TRUE(list_.popupState().clipboardCutFromHere);
-    ASSERT_TRUE(list_.setFolder(folder_.path("sub")));
-    list_.refresh();
-    EXPECT_FALSE(list_.popupState().clipboardCutFromHere);
-    list_.runCommand(cmd::Paste);
-    EXPECT_TRUE(folder_.exists("sub/b.txt"));
-    EXPECT_EQ(selectedNames(), QStringList{"b.txt"});
-
-    ASSERT_TRUE(list_.setFolder(folder_.folder()));
-    list_.refresh();
-    for (const MessageAnswer answer : {MessageAnswer::No, MessageAnswer::Yes}) {
-        ScriptedMessageService messages{answer};
-        select({QStringLiteral("a.txt"), QStringLiteral("c.txt")});
-        list_.runCommand(cmd::Delete);
-        EXPECT_EQ(names().contains("c.txt"), answer == MessageAnswer::No);
-        EXPECT_EQ(folder_.exists("c.txt"), answer == MessageAnswer::No);
-    }
-}
-
-TEST_F(FileListCtrlTest, DialogCommandsArePassedOn) {
-    create();
-    QSignalSpy passed(&list_, &FileListCtrl::dialogCommand);
     for (int command : {cmd::Ok, cmd::Cancel, cmd::SelectLnk})
-        list_.runCommand(command);
+        list_->runCommand(command);
     ASSERT_EQ(passed.size(), 3);
     EXPECT_EQ(passed[2].front().toInt(), cmd::SelectLnk);
 }
 
-TEST_F(FileListCtrlTest, ListingDisabledShowsNothing) {
-    FileListSwitches switches;
-    switches.listingEnabled = false;
-    list_.create(list_style::Details, list_option::ShowFolders, switches);
-    ASSERT_TRUE(list_.setFolder(folder_.folder()));
-    EXPECT_EQ(list_.refresh(), FileOpStatus::Done);
-    EXPECT_EQ(list_.rowCount(), 0);
+// The icon and list styles lay the rows out in cells of their own, at least an icon high; the
+// list style's are wide enough for the longest name.
+TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
+    create();
+    const QString longName = QStringLiteral("a name long enough to run under its neighbours.txt");
+    folder_->write(longName);
+    list_->refresh();
+    QAbstractItemView* details = list_->view();
+    const int icon = QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize);
+    for (const int style : {list_style::Icons, list_style::List}) {
+        list_->runCommand(style == list_style::Icons ? cmd::StyleIcons : cmd::StyleList);
+        QApplication::processEvents();
+        EXPECT_EQ(list_->popupState().listStyle, style);
+        QList<QRect> cells;
+        for (int row = 0; row < list_->rowCount(); ++row) {
+            cells.append(list_->view()->visualRect(list_->view()->model()->index(row, 0)));
+            EXPECT_GE(cells.back().height(), icon);
+            for (qsizetype i = 0; i + 1 < cells.size(); ++i)
+                EXPECT_FALSE(cells[i].intersects(cells.back()))
+                    << style << ": " << i << ", " << row;
+        }
+    }
+    EXPECT_GT(list_->view()->visualRect(list_->view()->model()->index(rowOf(longName), 0)).width(),
+              list_->view()->fontMetrics().horizontalAdvance(longName) + icon);
+    list_->runCommand(cmd::StyleDetails);
+    EXPECT_EQ(list_->view(), details);
+}
+
+// The menu's state follows the selection and the clipboard: a cut grays pasting back into its own
+// folder only, and pasted elsewhere the rows come selected.
+TEST_F(FileListCtrlTest, PopupStateFollowsTheSelectionAndTheClipboard) {
+    create();
+    folder_->write("short.lnk", folder_->lnkTo("a.txt"));
+    list_->refresh();
+    // clang-format off
+    const std::tuple<QStringList, int, bool, bool> rows[] = {
+        {{}, 0, false, false}, {{".."}, 1, true, false}, {{"short.lnk"}, 1, false, true}, {{"..", "short.lnk"}, 2, false, false}};
+    // clang-format on
+    for (const auto& [picked, count, parent, shortcut] : rows) {
+        list_->selectNames(picked);
+        const FilePopupState popup = list_->popupState();
+        EXPECT_EQ(
+            std::tuple(popup.selectedCount, popup.onlyParentSelected, popup.onlyShortcutSelected),
+            std::tuple(count, parent, shortcut));
+    }
+    EXPECT_TRUE(list_->popupState().clipboardEmpty);
+    list_->selectNames({"b.txt"});
+    list_->runCommand(cmd::Cut);
+    EXPECT_TRUE(list_->popupState().clipboardCutFromHere);
+    ASSERT_TRUE(list_->setFolder(folder_->path("sub")));
+    list_->refresh();
+    EXPECT_FALSE(list_->popupState().clipboardCutFromHere);
+    list_->runCommand(cmd::Paste);
+    EXPECT_EQ(state(), ".. b.txt*");
+}
+
+TEST(FileListCtrl, ListingDisabledShowsNothing) {
+    FileListCtrl list;
+    list.create(list_style::Details, list_option::ShowFolders, {.listingEnabled = false});
+    ASSERT_TRUE(list.setFolder(QStringLiteral("/")));
+    EXPECT_EQ(list.refresh(), FileOpStatus::Done);
+    EXPECT_EQ(list.rowCount(), 0);
 }
 
 } // namespace

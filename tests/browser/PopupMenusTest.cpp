@@ -2,149 +2,110 @@
 
 #include <gtest/gtest.h>
 #include <set>
-#include <tuple>
 
 namespace korvel {
 namespace {
 
 namespace cmd = browser_command;
 
-const MenuItem* Find(const Menu& menu, int command) {
-    return FindCommand(menu, command);
-}
-
-// Every level of a menu: no separator at the end, no command twice, and every item that is not a
-// separator has a label. (A menu shows no separator at the top or two together.)
+// Every level of a menu: no separator at the end, every item labelled, no command twice.
 void ExpectWellFormed(const Menu& menu, std::set<int>& seen) {
     ASSERT_FALSE(menu.empty());
     EXPECT_FALSE(menu.back().isSeparator());
-    for (std::size_t i = 0; i < menu.size(); ++i) {
-        const MenuItem& item = menu[i];
-        if (item.isSeparator())
-            continue;
-        EXPECT_FALSE(item.text.isEmpty()) << item.command;
-        if (item.command != 0) {
-            EXPECT_TRUE(seen.insert(item.command).second) << item.command << " twice";
-        }
+    for (const MenuItem& item : menu) {
+        EXPECT_TRUE(item.isSeparator() || !item.text.isEmpty()) << item.command;
+        EXPECT_TRUE(item.command == 0 || seen.insert(item.command).second) << item.command;
         if (!item.children.empty())
             ExpectWellFormed(item.children, seen);
     }
 }
 
-// Every consistent state the "File" menu can open in: one row at most when only single selection
-// is allowed, multi-select mode only where it is allowed, the "only ..." flags for one row.
-std::vector<FilePopupState> EveryState() {
-    std::vector<FilePopupState> states;
-    for (unsigned bits = 0; bits < (1u << 10); ++bits) {
-        for (int selected = 0; selected <= 2; ++selected) {
-            FilePopupState state;
-            state.fileOperations = bits & 1;
-            state.singleSelectionOnly = bits & 2;
-            state.multiSelectMode = (bits & 4) && !state.singleSelectionOnly;
-            state.selectedCount = state.singleSelectionOnly ? std::min(selected, 1) : selected;
-            state.onlyParentSelected = (bits & 8) && state.selectedCount == 1;
-            state.onlyShortcutSelected =
-                (bits & 16) && state.selectedCount == 1 && !state.onlyParentSelected;
-            state.offerSelectLnk = bits & 32;
-            state.resolveShortcuts = bits & 64;
-            state.clipboardEmpty = bits & 128;
-            state.clipboardCutFromHere = (bits & 256) && !state.clipboardEmpty;
-            state.atRoot = bits & 512;
-            state.options = (selected == 2 ? list_option::ShowFolders : 0) |
-                            (bits % 3 == 0 ? list_option::NoOkCancelInMenu : 0);
-            state.sortKey = MakeSortKey(int(bits % 4), bits & 1);
-            state.listStyle = 1 + int(bits % 3);
-            states.push_back(state);
-        }
-    }
-    return states;
+// Whether a command is there, and whether it may be chosen (false when it is not there).
+std::pair<bool, bool> Offered(const Menu& menu, int command) {
+    const MenuItem* item = FindCommand(menu, command);
+    return {item != nullptr, item != nullptr && item->enabled};
 }
 
+// Every consistent state the "File" menu can open in (one row at most and no multi-select mode
+// while only single selection is allowed, the "only ..." flags for one row) keeps its rules.
 TEST(FilePopupMenu, EveryStateKeepsTheMenusRules) {
-    const int sortCommands[] = {cmd::SortByName, cmd::SortByName + 1, cmd::SortByName + 2,
-                                cmd::SortByType};
-    const int styleCommands[] = {cmd::StyleDetails, cmd::StyleIcons, cmd::StyleList};
-    for (const FilePopupState& s : EveryState()) {
+    for (unsigned bits = 0; bits < (1u << 10) * 3; ++bits) {
+        FilePopupState s;
+        const int selected = int(bits >> 10);
+        s.fileOperations = bits & 1;
+        s.singleSelectionOnly = bits & 2;
+        s.multiSelectMode = (bits & 4) && !s.singleSelectionOnly;
+        s.selectedCount = s.singleSelectionOnly ? std::min(selected, 1) : selected;
+        s.onlyParentSelected = (bits & 8) && s.selectedCount == 1;
+        s.onlyShortcutSelected = (bits & 16) && s.selectedCount == 1 && !s.onlyParentSelected;
+        s.offerSelectLnk = bits & 32;
+        s.resolveShortcuts = bits & 64;
+        s.clipboardEmpty = bits & 128;
+        s.clipboardCutFromHere = (bits & 256) && !s.clipboardEmpty;
+        s.atRoot = bits & 512;
+        s.options = (selected == 2 ? list_option::ShowFolders : 0) |
+                    (bits % 3 == 0 ? list_option::NoOkCancelInMenu : 0);
+        s.sortKey = MakeSortKey(int(bits % 4), bits & 1);
+        s.listStyle = 1 + int(bits % 3);
+        SCOPED_TRACE(bits);
         const Menu menu = FilePopupMenu(s);
-        SCOPED_TRACE(::testing::Message()
-                     << "operations " << s.fileOperations << ", single " << s.singleSelectionOnly
-                     << ", multi " << s.multiSelectMode << ", selected " << s.selectedCount
-                     << ", parent " << s.onlyParentSelected << ", shortcut "
-                     << s.onlyShortcutSelected << ", clipboard empty " << s.clipboardEmpty
-                     << ", cut here " << s.clipboardCutFromHere << ", root " << s.atRoot);
         std::set<int> seen;
         ExpectWellFormed(menu, seen);
-        // Each command: whether it is there, and whether it may be chosen.
-        const bool editable = s.fileOperations && s.selectedCount > 0;
+        const bool edits = s.fileOperations && s.selectedCount > 0;
         const bool okCancel = !(s.options & list_option::NoOkCancelInMenu);
-        const bool single = s.singleSelectionOnly;
+        const bool lnk = s.offerSelectLnk && s.resolveShortcuts && !s.multiSelectMode &&
+                         s.selectedCount == 1 && s.onlyShortcutSelected;
+        const bool moves = !s.multiSelectMode;
         const std::tuple<int, bool, bool> rules[] = {
-            {cmd::ParentFolder, !s.atRoot, !s.multiSelectMode},
-            {cmd::Cut, editable, !s.onlyParentSelected},
-            {cmd::Copy, editable, !s.onlyParentSelected},
-            {cmd::Paste, s.fileOperations, !s.clipboardEmpty && !s.clipboardCutFromHere},
-            {cmd::Delete, !s.fileOperations || s.selectedCount > 0, !s.onlyParentSelected},
-            {cmd::SelectAll, !single, true},
-            {cmd::MultiSelect, !single, true},
-            {cmd::SelectLnk,
-             s.offerSelectLnk && s.resolveShortcuts && !s.multiSelectMode && s.selectedCount == 1 &&
-                 s.onlyShortcutSelected,
-             true},
-            {cmd::Properties, true, s.selectedCount == 1 && !s.multiSelectMode},
-            {cmd::ShowFolders, true, !s.multiSelectMode},
-            {cmd::Refresh, true, !s.multiSelectMode},
-            {cmd::Ok, okCancel, true},
-            {cmd::Cancel, okCancel, true},
+            {cmd::ParentFolder, !s.atRoot, !s.atRoot && moves},
+            {cmd::Cut, edits, edits && !s.onlyParentSelected},
+            {cmd::Copy, edits, edits && !s.onlyParentSelected},
+            {cmd::Paste, s.fileOperations,
+             s.fileOperations && !s.clipboardEmpty && !s.clipboardCutFromHere},
+            {cmd::Delete, !s.fileOperations || s.selectedCount > 0,
+             (!s.fileOperations || s.selectedCount > 0) && !s.onlyParentSelected},
+            {cmd::SelectAll, !s.singleSelectionOnly, !s.singleSelectionOnly},
+            {cmd::MultiSelect, !s.singleSelectionOnly, !s.singleSelectionOnly},
+            {cmd::SelectLnk, lnk, lnk},
+            {cmd::Properties, true, s.selectedCount == 1 && moves},
+            {cmd::ShowFolders, true, moves},
+            {cmd::Refresh, true, moves},
+            {cmd::Ok, okCancel, okCancel},
+            {cmd::Cancel, okCancel, okCancel},
         };
-        for (const auto& [command, present, enabled] : rules) {
-            const MenuItem* item = Find(menu, command);
-            ASSERT_EQ(item != nullptr, present) << command;
-            if (item != nullptr) {
-                EXPECT_EQ(item->enabled, enabled) << command;
-            }
-        }
-        // Exactly the current sort column and list style are checked, and the folders item
-        // when they are shown.
-        for (int column = 0; column < 4; ++column)
-            EXPECT_EQ(Find(menu, sortCommands[column])->checked, column == SortColumnOf(s.sortKey));
-        for (int style = 1; style <= 3; ++style)
-            EXPECT_EQ(Find(menu, styleCommands[style - 1])->checked, style == s.listStyle);
-        EXPECT_EQ(Find(menu, cmd::ShowFolders)->checked,
+        for (const auto& [command, present, enabled] : rules)
+            EXPECT_EQ(Offered(menu, command), std::pair(present, enabled)) << command;
+        // Exactly the current sort column and list style are checked, and the folders item when
+        // they are shown; the multi-select item tells its mode.
+        for (int command = cmd::SortByName; command <= cmd::StyleDetails; ++command)
+            EXPECT_EQ(FindCommand(menu, command)->checked,
+                      command == cmd::SortByName + SortColumnOf(s.sortKey) ||
+                          command == cmd::StyleIcons + (s.listStyle + 1) % 3)
+                << command;
+        EXPECT_EQ(FindCommand(menu, cmd::ShowFolders)->checked,
                   (s.options & list_option::ShowFolders) != 0);
-        if (const MenuItem* multi = Find(menu, cmd::MultiSelect)) {
+        if (const MenuItem* multi = FindCommand(menu, cmd::MultiSelect)) {
             EXPECT_EQ(multi->checked, s.multiSelectMode);
-            FilePopupState other = s;
-            other.multiSelectMode = !s.multiSelectMode;
-            EXPECT_NE(multi->text, Find(FilePopupMenu(other), cmd::MultiSelect)->text);
+            s.multiSelectMode = !s.multiSelectMode;
+            EXPECT_NE(multi->text, FindCommand(FilePopupMenu(s), cmd::MultiSelect)->text);
         }
     }
 }
 
-TEST(FolderPopupMenu, GraysDeleteAndRenameOnTheRootOnly) {
-    for (const bool root : {false, true}) {
-        const Menu menu = FolderPopupMenu(root);
-        std::set<int> seen;
-        ExpectWellFormed(menu, seen);
-        for (const int command : seen) {
-            const bool renamesOrDeletes =
-                command == cmd::FolderDelete || command == cmd::FolderRename;
-            EXPECT_EQ(Find(menu, command)->enabled, !(root && renamesOrDeletes)) << command;
-        }
-        EXPECT_TRUE(seen.count(cmd::FolderDelete) && seen.count(cmd::FolderRename));
-    }
-}
-
-TEST(TextBoxPopupMenu, FollowsTheSelectionAndTheClipboard) {
-    for (const bool selection : {false, true}) {
-        for (const bool clipboard : {false, true}) {
-            const Menu menu = TextBoxPopupMenu(selection, clipboard);
+// The folder menu grays delete and rename on the root only; the name box's follows its selection
+// and the clipboard.
+TEST(SmallPopupMenus, GrayWhatCannotBeDone) {
+    for (const bool flag : {false, true}) {
+        for (const Menu& menu : {FolderPopupMenu(flag), TextBoxPopupMenu(flag, !flag)}) {
             std::set<int> seen;
             ExpectWellFormed(menu, seen);
-            EXPECT_EQ(Find(menu, cmd::TextCut)->enabled, selection);
-            EXPECT_EQ(Find(menu, cmd::TextCopy)->enabled, selection);
-            EXPECT_EQ(Find(menu, cmd::TextPaste)->enabled, clipboard);
-            EXPECT_TRUE(Find(menu, cmd::Ok)->enabled && Find(menu, cmd::Cancel)->enabled);
         }
+        const Menu folder = FolderPopupMenu(flag);
+        for (const int command : {cmd::NewFolder, cmd::FolderDelete, cmd::FolderRename})
+            EXPECT_EQ(Offered(folder, command).second, command == cmd::NewFolder || !flag);
+        const Menu text = TextBoxPopupMenu(flag, !flag);
+        EXPECT_EQ(Offered(text, cmd::TextCut).second && Offered(text, cmd::TextCopy).second, flag);
+        EXPECT_EQ(Offered(text, cmd::TextPaste).second, !flag);
     }
 }
 
