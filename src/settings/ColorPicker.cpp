@@ -75,6 +75,7 @@ ColorPicker::ColorPicker(const QColor& current, SettingsStore& store, QWidget* p
         field->setRange(0, 255);
         field->setButtonSymbols(QAbstractSpinBox::NoButtons);
         field->setAlignment(Qt::AlignRight);
+        field->setMinimumWidth(field->fontMetrics().horizontalAdvance(QStringLiteral("0000")) + 12);
         auto* slider = new QSlider(Qt::Horizontal, this);
         slider->setRange(0, 255);
         slider->setPageStep(16);
