@@ -5,6 +5,7 @@
 #include "editor/ScreenRows.h"
 #include "editor/ViewFonts.h"
 #include "messages/MessageService.h"
+#include "settings/SettingColor.h"
 #include "settings/SettingsStore.h"
 #include "widgets/HoldGesture.h"
 
@@ -66,9 +67,7 @@ CEditer::CEditer(SettingsStore& store, QWidget* parent)
     lastFolder_ = store_.read(setting::LAST_OPEN_FOLDER);
     filterIndex_ = store_.read(setting::FILTER_INDEX);
     wordWrap_ = store_.read(setting::EDIT_AUTO_ARRANGE) != 0;
-    const int holdDelay = HoldGesture::DelayFor(store_.read(setting::LONG_DELAY) != 0);
-    holdWrapping_->setDelay(holdDelay);
-    holdNonWrapping_->setDelay(holdDelay);
+    applyHoldDelay();
 
     EditControl* active = activeControl();
     EditControl* hidden = active == wrapping_ ? nonWrapping_ : wrapping_;
@@ -156,10 +155,17 @@ void CEditer::applyColours() {
     }
 }
 
+void CEditer::applyHoldDelay() {
+    const int holdDelay = HoldGesture::DelayFor(store_.read(setting::LONG_DELAY) != 0);
+    holdWrapping_->setDelay(holdDelay);
+    holdNonWrapping_->setDelay(holdDelay);
+}
+
 void CEditer::reapplySettings() {
     applyColours();
     makeFonts();
     applyFontAndTabs();
+    applyHoldDelay();
 }
 
 void CEditer::toggleWordWrap() {

@@ -47,7 +47,8 @@ public:
     void setFontSlot(int slot);
     const QFont& slotFont(int slot) const { return fonts_.at(static_cast<size_t>(slot)); }
 
-    // Reads the colours, the tab width and the fonts again (after the settings pages close).
+    // Reads the colours, the tab width, the fonts and the hold time again (after the settings
+    // pages close).
     void reapplySettings();
 
     // The Edit commands and their enable rules.
@@ -150,6 +151,7 @@ private:
     void makeFonts();
     void applyFontAndTabs();
     void applyColours();
+    void applyHoldDelay();
     void layOutControls();
     bool caretOnScreen(const EditControl* control) const;
     int firstVisibleLine(const EditControl* control) const;

@@ -3,6 +3,7 @@
 #include "settings/SettingsStore.h"
 
 #include <QFontDatabase>
+#include <QStringList>
 #include <cstdlib>
 
 namespace korvel {
@@ -42,12 +43,6 @@ QFont SlotFont(const SettingsStore& store, int slot, const QFont& base, int dots
     font.setPixelSize(std::max(1, PixelHeightOf(store.read(values.size), dotsPerInchY)));
     font.setStyleHint(QFont::Monospace);
     return font;
-}
-
-QColor ColorFromSetting(int value) {
-    const auto bgr = static_cast<unsigned>(value);
-    return QColor(static_cast<int>(bgr & 0xFF), static_cast<int>((bgr >> 8) & 0xFF),
-                  static_cast<int>((bgr >> 16) & 0xFF));
 }
 
 } // namespace korvel

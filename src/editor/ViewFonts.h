@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QColor>
 #include <QFont>
 
 namespace korvel {
@@ -15,8 +14,5 @@ QFont SlotFont(const SettingsStore& store, int slot, const QFont& base, int dots
 
 // The pixel height of a point size, with the truncating division of the stored arithmetic.
 int PixelHeightOf(int points, int dotsPerInchY);
-
-// A stored colour value 0x00BBGGRR as a colour.
-QColor ColorFromSetting(int value);
 
 } // namespace korvel

@@ -1,9 +1,15 @@
 #include "shell/CMainFrame.h"
 
+#include "browser/BrowseRequest.h"
+#include "browser/FileBrowserDialog.h"
 #include "editor/CEditer.h"
 #include "editor/EditControl.h"
 #include "messages/MessageService.h"
 #include "messages/StringTable.h"
+#include "settings/SettingsSheet.h"
+#include "settings/SettingsStore.h"
+#include "shell/AboutBox.h"
+#include "shell/Association.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/HelpPage.h"
@@ -17,6 +23,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMenu>
@@ -31,6 +38,44 @@ namespace {
 constexpr int kUntitledTitle = 35032;
 constexpr int kMessageMacroPlaying = 40008;
 constexpr int kMessageCannotTakeFile = 40013;
+
+// "マクロファイル選択": the browse dialog on macro files, starting beside the current choice,
+// with the user's display and tap settings, which it keeps when a file was chosen.
+std::optional<QString> ChooseMacroFile(SettingsStore& store, const QString& current,
+                                       QWidget* parent) {
+    BrowseRequest request;
+    request.title = QStringLiteral("マクロファイル選択");
+    request.filter = QStringLiteral("マクロファイル(*.mcr)|*.mcr||");
+    request.filterIndex = 1;
+    request.flags = browse_flag::FileMustExist | browse_flag::PathMustExist;
+    const QFileInfo file(current);
+    if (!current.isEmpty() && file.absoluteDir().exists()) {
+        request.folder = file.absolutePath() + u'/';
+        request.name = file.isDir() ? QString() : file.fileName();
+    } else {
+        request.folder = store.read(setting::MRU_FOLDER);
+    }
+    ApplyBrowseSettings(request, store);
+    if (!RunBrowseDialog(request, parent))
+        return std::nullopt;
+    StoreBrowseSettings(request, store);
+    return request.path();
+}
+
+SettingsSeams ShellSettingsSeams(SettingsStore& store) {
+    SettingsSeams seams;
+    seams.isAssociated = [](const QString& extension) {
+        return IsExtensionAssociated(extension, QCoreApplication::applicationFilePath());
+    };
+    seams.setAssociated = [](const QString& extension, bool associated) {
+        return SetExtensionAssociated(extension, associated,
+                                      QCoreApplication::applicationFilePath());
+    };
+    seams.chooseMacroFile = [&store](const QString& current, QWidget* parent) {
+        return ChooseMacroFile(store, current, parent);
+    };
+    return seams;
+}
 
 } // namespace
 
@@ -53,6 +98,13 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     searchBars_ = new SearchBars(*view_, *barArea_);
 
     addCommands();
+    // The sheet writes the store; the view reads it again at once. The browse dialog reads
+    // the store each time it opens.
+    commands_->add(command::Settings, MainMenuText(command::Settings), {[this, &store] {
+                       if (RunSettingsSheet(store, ShellSettingsSeams(store), this))
+                           view_->reapplySettings();
+                   }});
+    commands_->add(command::About, MainMenuText(command::About), {[this] { ShowAboutBox(this); }});
     AssignAccelerators(*commands_);
     mainMenu_ = menuBar()->addMenu(QStringLiteral("ﾒﾆｭｰ"));
     BuildMainMenu(*mainMenu_, *commands_, *recentFiles_);
@@ -140,11 +192,11 @@ void CMainFrame::addCommands() {
     table.add(command::Jump, text(command::Jump), {[view] { view->jump(); }});
     searchBars_->addCommands(table);
 
-    // Their behaviour comes with the macros, the settings pages and the about box.
     table.add(command::FileProperties, text(command::FileProperties),
               {[view] { view->showFileInformation(); }});
-    for (int id : {command::MacroRecord, command::MacroPlay, command::MacroLoad, command::MacroSave,
-                   command::Settings, command::About})
+    // Their behaviour comes with the macros.
+    for (int id :
+         {command::MacroRecord, command::MacroPlay, command::MacroLoad, command::MacroSave})
         table.addUnavailable(id, text(id));
 }
 

@@ -1,0 +1,120 @@
+// "設定..." and "バージョン情報..." from the main window: confirmed settings reach the view at
+// once, and the about box names the program, its version and its Qt.
+#include "editor/CEditer.h"
+#include "editor/EditControl.h"
+#include "settings/CPPageEdit.h"
+#include "settings/CPPageTap.h"
+#include "settings/SettingsSheet.h"
+#include "settings/SettingsStore.h"
+#include "shell/AboutBox.h"
+#include "shell/CMainFrame.h"
+#include "shell/CommandIds.h"
+#include "shell/CommandTable.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPointingDevice>
+#include <QRadioButton>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace korvel {
+namespace {
+
+template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
+    QTimer::singleShot(0, [act] {
+        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        act(*dialog);
+    });
+}
+
+QMenu* VisiblePopup() {
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
+class SettingsAndAboutTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(dir_.isValid());
+        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
+        frame_ = std::make_unique<CMainFrame>(*store_);
+        frame_->show();
+        frame_->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
+    }
+
+    // How long a finger must rest on the text before the tap-and-hold menu opens.
+    qint64 holdTime() {
+        QWidget* viewport = frame_->view()->activeControl()->viewport();
+        const QPointingDevice finger(
+            QStringLiteral("finger"), 1001, QInputDevice::DeviceType::TouchScreen,
+            QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 1, 0);
+        const QPoint at(20, 20);
+        QMouseEvent press(QEvent::MouseButtonPress, at, viewport->mapToGlobal(at), Qt::LeftButton,
+                          Qt::LeftButton, {}, &finger);
+        QElapsedTimer clock;
+        clock.start();
+        QApplication::sendEvent(viewport, &press);
+        EXPECT_TRUE(QTest::qWaitFor([] { return VisiblePopup() != nullptr; }, 3000));
+        const qint64 elapsed = clock.elapsed();
+        if (QMenu* menu = VisiblePopup())
+            menu->close();
+        QMouseEvent release(QEvent::MouseButtonRelease, at, viewport->mapToGlobal(at),
+                            Qt::LeftButton, Qt::NoButton, {}, &finger);
+        QApplication::sendEvent(viewport, &release);
+        return elapsed;
+    }
+
+    QTemporaryDir dir_;
+    std::unique_ptr<SettingsStore> store_;
+    std::unique_ptr<CMainFrame> frame_;
+};
+
+// The tab width and the hold time of a confirmed sheet are the view's at once; a cancelled
+// sheet changes nothing.
+TEST_F(SettingsAndAboutTest, ConfirmedSettingsReachTheViewAtOnce) {
+    EditControl* control = frame_->view()->activeControl();
+    const qreal tabStop = control->tabStopDistance();
+    // A coarse timer may fire up to 5% early; the two times are 600 and 1000 ms.
+    constexpr qint64 kBetweenTheTwo = 900;
+    ASSERT_GE(holdTime(), kBetweenTheTwo); // "長め"
+    for (const bool confirm : {false, true}) {
+        WhenDialogShows<SettingsSheet>([confirm](SettingsSheet& sheet) {
+            sheet.editPage()->tabField()->setText(QStringLiteral("2"));
+            sheet.tapPage()->delayButton(0)->setChecked(true); // "普通"
+            confirm ? sheet.accept() : sheet.reject();
+        });
+        ASSERT_TRUE(frame_->commands().run(command::Settings));
+        EXPECT_EQ(control->tabStopDistance(), confirm ? tabStop / 4 : tabStop);
+    }
+    EXPECT_LT(holdTime(), kBetweenTheTwo);
+}
+
+TEST_F(SettingsAndAboutTest, AboutBoxNamesProgramVersionLicenceAndQt) {
+    QString shown;
+    WhenDialogShows<AboutBox>([&shown](AboutBox& box) {
+        shown = box.text();
+        box.accept();
+    });
+    ASSERT_TRUE(frame_->commands().run(command::About));
+    const QStringList lines = shown.split(u'\n');
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines[0], QStringLiteral("Korvelエディタ"));
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^バージョン \\d+\\.\\d+\\.\\d+$"))
+                    .match(lines[1])
+                    .hasMatch())
+        << lines[1].toStdString();
+    EXPECT_EQ(lines[3], QStringLiteral("MIT License"));
+    EXPECT_EQ(lines[4], QStringLiteral("Qt ") + QString::fromLatin1(qVersion()));
+}
+
+} // namespace
+} // namespace korvel
