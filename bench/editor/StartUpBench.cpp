@@ -417,9 +417,14 @@ int main(int argc, char** argv) {
     }
     setup.environment =
         korvel::bench::ChildEnvironment(configFolder.toStdString(), firstStarts.toStdString());
+    setup.handOverRuntime = handOvers.toStdString();
     // The probe reads its descriptor from the environment; without it the probe stays quiet.
+    // Settings of their own too: the running editor lists the file as open, and a first start
+    // sharing its list would stop to warn about that.
+    const QString handOverConfig = folder.filePath(QStringLiteral("config-handover"));
+    QDir().mkdir(handOverConfig);
     for (const std::string& variable :
-         korvel::bench::ChildEnvironment(configFolder.toStdString(), handOvers.toStdString())) {
+         korvel::bench::ChildEnvironment(handOverConfig.toStdString(), handOvers.toStdString())) {
         if (!variable.starts_with("KORVEL_PAINT_PROBE_FD="))
             setup.handOverEnvironment.push_back(variable);
     }
