@@ -12,7 +12,6 @@
 #include "settings/ColorPicker.h"
 #include "settings/ColorSwatch.h"
 #include "settings/FontChooser.h"
-#include "settings/SettingColor.h"
 #include "settings/SettingsStore.h"
 #include "settings/WrappingCheckBox.h"
 
@@ -95,91 +94,104 @@ protected:
         std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
 };
 
-// A tab width outside 1-80 (40005), found from another page, brings the edit page to the front
-// with the field active and writes nothing of any page.
-TEST_F(SettingsSheetTest, TabWidthIsCheckedBeforeAnythingIsWritten) {
-    const std::pair<const char*, int> rows[] = {{"0", kUnwritten},  {"81", kUnwritten},
-                                                {"x8", kUnwritten}, {"1", 1},
-                                                {"80", 80},         {" 12 ", 12}};
-    for (const auto& [typed, written] : rows) {
-        SCOPED_TRACE(typed);
-        auto sheet = openSheet();
-        sheet->tabs()->setCurrentIndex(4);
-        sheet->tapPage()->zoomList()->setCurrentIndex(0);
-        sheet->editPage()->tabField()->setText(QString::fromLatin1(typed));
-        const bool refused = written == kUnwritten;
-        ExpectBoxes(refused ? QList<int>{40005} : QList<int>{}, Answer::Ok,
-                    [&] { sheet->accept(); });
-        EXPECT_EQ(sheet->result(), refused ? QDialog::Rejected : QDialog::Accepted);
-        EXPECT_EQ(stored(setting::TAB_SIZE), written);
-        if (refused) {
-            EXPECT_TRUE(nothingWritten());
-            EXPECT_EQ(sheet->tabs()->currentIndex(), 1);
-            QApplication::processEvents();
-            EXPECT_TRUE(sheet->editPage()->tabField()->hasFocus());
-        }
-    }
-}
-
-// A start-up macro that is switched on must name an existing file. No path or a folder: Yes
-// switches the load off and the sheet closes, No keeps it open. A missing file keeps it open.
-TEST_F(SettingsSheetTest, StartupMacroIsCheckedOnConfirm) {
+// OK checks every page before anything is written. A tab width outside 1-80 (40005), or a
+// start-up macro switched on without an existing file, keeps the sheet open on the page at fault
+// with its field active. No path or a folder asks (Yes switches the load off and the sheet
+// closes, No keeps it open); a missing file is told.
+TEST_F(SettingsSheetTest, OkChecksTheTabWidthAndTheStartupMacro) {
     const QString file = dir_.filePath(QStringLiteral("start.mcr"));
     QFile(file).open(QIODevice::WriteOnly);
-    const QString gone = dir_.filePath(QStringLiteral("gone.mcr"));
+    const QString folder = dir_.path(), gone = dir_.filePath(QStringLiteral("gone.mcr"));
+    using enum MessageAnswer;
+    constexpr int kNo = kUnwritten;
     const struct {
+        const char* tab;
         bool on;
-        QString path;
+        QString macro;
         Answer answer;
         QList<int> shown;
-        int load; // kUnwritten: the sheet stayed open
+        int front; // the page in front after a refusal; -1: the sheet closed
+        int tabSize, load;
     } rows[] = {
-        {true, QString(), Answer::Yes, {30041}, 0},
-        {true, QString(), Answer::No, {30041}, kUnwritten},
-        {true, dir_.path(), Answer::Yes, {30042}, 0},
-        {true, gone, Answer::Ok, {40020}, kUnwritten},
-        {true, file, Answer::Ok, {}, 1},
-        {false, QString(), Answer::Ok, {}, 0},
-    };
+        {"0", false, {}, Ok, {40005}, 1, kNo, kNo},  {"81", false, {}, Ok, {40005}, 1, kNo, kNo},
+        {"x8", false, {}, Ok, {40005}, 1, kNo, kNo}, {"1", false, {}, Ok, {}, -1, 1, 0},
+        {"80", false, {}, Ok, {}, -1, 80, 0},        {" 12 ", true, file, Ok, {}, -1, 12, 1},
+        {"4", true, {}, Yes, {30041}, -1, 4, 0},     {"4", true, {}, No, {30041}, 2, kNo, kNo},
+        {"4", true, folder, Yes, {30042}, -1, 4, 0}, {"4", true, gone, Ok, {40020}, 2, kNo, kNo}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.path.toStdString() + (row.on ? " on" : " off"));
+        SCOPED_TRACE(std::string(row.tab) + (row.on ? " on " : " off ") + row.macro.toStdString());
         auto sheet = openSheet();
+        sheet->tabs()->setCurrentIndex(4); // the fault is found from another page
+        sheet->editPage()->tabField()->setText(QString::fromLatin1(row.tab));
         sheet->filePage()->loadMacroBox()->setChecked(row.on);
-        sheet->filePage()->macroField()->setText(row.path);
+        sheet->filePage()->macroField()->setText(row.macro);
         ExpectBoxes(row.shown, row.answer, [&] { sheet->accept(); });
+        EXPECT_EQ(sheet->result(), row.front < 0 ? QDialog::Accepted : QDialog::Rejected);
+        EXPECT_EQ(stored(setting::TAB_SIZE), row.tabSize);
         EXPECT_EQ(stored(setting::LOAD_DAFAULT_MACRO), row.load);
-        if (row.load == kUnwritten)
-            EXPECT_EQ(sheet->tabs()->currentWidget()->findChild<CPPageFile*>(), sheet->filePage());
-        else
-            EXPECT_EQ(store_->read(setting::DEFAULT_MACRO_FILE_NAME), row.path);
+        if (row.front < 0) {
+            EXPECT_EQ(store_->read(setting::DEFAULT_MACRO_FILE_NAME), row.macro);
+            continue;
+        }
+        EXPECT_TRUE(nothingWritten());
+        EXPECT_EQ(sheet->tabs()->currentIndex(), row.front);
+        QApplication::processEvents();
+        EXPECT_TRUE(row.front == 1 ? sheet->editPage()->tabField()->hasFocus()
+                                   : sheet->filePage()->macroField()->hasFocus());
     }
 }
 
 // Every page's changes reach the store on OK, under their own names, and a new sheet starts from
-// them; キャンセル writes nothing at all.
+// them; キャンセル writes nothing at all. On the way: each chooser opens on the current value and
+// a cancelled one changes nothing; the previews and labels show the choices; "..." starts the
+// browse seam from the path in the field; "リセット" is black text on white.
 TEST_F(SettingsSheetTest, ConfirmWritesEveryPageAndCancelWritesNothing) {
     for (const bool confirm : {false, true}) {
         SCOPED_TRACE(confirm ? "OK" : "キャンセル");
-        auto sheet = openSheet();
+        QStringList asked;
+        SettingsSeams seams;
+        seams.chooseMacroFile = [&asked](const QString& current, QWidget*) {
+            asked.append(current);
+            return asked.size() == 1 ? std::nullopt : std::optional(QStringLiteral("/new/b.mcr"));
+        };
+        auto sheet = openSheet(seams);
+        CPPageColor& color = *sheet->colorPage();
+        WhenDialogShows<ColorPicker>([confirm](ColorPicker& picker) {
+            picker.setColor(Qt::red);
+            confirm ? picker.accept() : picker.reject();
+        });
+        color.textButton()->click();
+        EXPECT_EQ(color.preview()->palette().color(QPalette::Text), confirm ? Qt::red : Qt::black);
         WhenDialogShows<ColorPicker>([](ColorPicker& picker) {
+            EXPECT_EQ(picker.color(), QColor(Qt::white));
             picker.setColor(QColor(0x12, 0x34, 0x56));
             picker.accept();
         });
-        sheet->colorPage()->backgroundButton()->click();
-        WhenDialogShows<FontChooser>([](FontChooser& chooser) {
-            chooser.faceField()->setText(QStringLiteral("IPAGothic"));
-            chooser.sizeField()->setText(QStringLiteral("20"));
-            chooser.boldBox()->setChecked(true);
-            chooser.italicBox()->setChecked(true);
-            chooser.accept();
-        });
-        sheet->fontPage()->chooseButton(2)->click();
+        color.backgroundButton()->click();
+        EXPECT_EQ(color.preview()->palette().color(QPalette::Base), QColor(0x12, 0x34, 0x56));
+        for (const bool pick : {false, true}) {
+            WhenDialogShows<FontChooser>([this, pick](FontChooser& chooser) {
+                EXPECT_EQ(chooser.choice().size, store_->read(setting::FONT3_SIZE));
+                chooser.faceField()->setText(QStringLiteral("IPAGothic"));
+                chooser.sizeField()->setText(QStringLiteral("20"));
+                chooser.boldBox()->setChecked(true);
+                chooser.italicBox()->setChecked(true);
+                pick ? chooser.accept() : chooser.reject();
+            });
+            sheet->fontPage()->chooseButton(2)->click();
+        }
+        EXPECT_EQ(sheet->fontPage()->faceText(2), QStringLiteral("IPAGothic"));
+        EXPECT_EQ(sheet->fontPage()->sizeText(2), QStringLiteral("20"));
         sheet->editPage()->tabField()->setText(QStringLiteral("4"));
         sheet->editPage()->codeSetBox()->setChecked(false);
         sheet->editPage()->katakanaButton(1)->setChecked(true);
         sheet->tapPage()->delayButton(0)->setChecked(true);
         sheet->tapPage()->selectButton(0)->setChecked(true);
         sheet->tapPage()->zoomList()->setCurrentIndex(0); // "なし"
+        sheet->filePage()->macroField()->setText(QStringLiteral("/old/a.mcr"));
+        sheet->filePage()->browseButton()->click();
+        sheet->filePage()->browseButton()->click();
+        EXPECT_EQ(asked, (QStringList{"/old/a.mcr", "/old/a.mcr"}));
         if (!confirm) {
             sheet->reject();
             EXPECT_TRUE(nothingWritten());
@@ -189,64 +201,27 @@ TEST_F(SettingsSheetTest, ConfirmWritesEveryPageAndCancelWritesNothing) {
         using namespace setting;
         QList<int> values;
         for (const IntSetting& value :
-             {COLOR_BACKGROUND, FONT3_SIZE, FONT3_BOLD, FONT3_ITALIC, FONT2_SIZE, TAB_SIZE,
-              SELECTABLE_CODE_SET, JIS_KATAKANA_MODE, LONG_DELAY, SELECT_BY_SINGLE_TAP,
+             {COLOR_TEXT, COLOR_BACKGROUND, FONT3_SIZE, FONT3_BOLD, FONT3_ITALIC, FONT2_SIZE,
+              TAB_SIZE, SELECTABLE_CODE_SET, JIS_KATAKANA_MODE, LONG_DELAY, SELECT_BY_SINGLE_TAP,
               STR_ZOOM_METHOD})
             values.append(stored(value));
-        EXPECT_EQ(values, (QList<int>{0x563412, 20, 1, 1, 9, 4, 0, 1, 0, 0, 0}));
-        EXPECT_EQ(store_->read(setting::FONT3_NAME), QStringLiteral("IPAGothic"));
-        EXPECT_EQ(store_->read(setting::FONT1_NAME), DefaultValue(setting::FONT1_NAME));
+        EXPECT_EQ(values, (QList<int>{0x0000FF, 0x563412, 20, 1, 1, 9, 4, 0, 1, 0, 0, 0}));
+        EXPECT_EQ(store_->read(FONT3_NAME), QStringLiteral("IPAGothic"));
+        EXPECT_EQ(store_->read(DEFAULT_MACRO_FILE_NAME), QStringLiteral("/new/b.mcr"));
 
         auto again = openSheet({}, false);
         EXPECT_EQ(again->editPage()->tabField()->text(), QStringLiteral("4"));
         EXPECT_TRUE(again->editPage()->katakanaButton(1)->isChecked());
         EXPECT_TRUE(again->tapPage()->delayButton(0)->isChecked());
         EXPECT_EQ(again->tapPage()->zoomList()->currentIndex(), 0);
-        EXPECT_EQ(again->colorPage()->backgroundColor(), QColor(0x12, 0x34, 0x56));
         EXPECT_EQ(again->fontPage()->sizeText(2), QStringLiteral("20"));
+        CPPageColor& shown = *again->colorPage();
+        EXPECT_EQ(shown.textColor(), QColor(Qt::red));
+        EXPECT_EQ(shown.backgroundColor(), QColor(0x12, 0x34, 0x56));
+        shown.resetButton()->click();
+        EXPECT_EQ(shown.preview()->palette().color(QPalette::Text), QColor(Qt::black));
+        EXPECT_EQ(shown.backgroundColor(), QColor(Qt::white));
     }
-}
-
-// The page shows the stored colours (0x00BBGGRR) in its preview and each picker opens on its
-// own; a cancelled picker changes nothing; "リセット" is black text on white.
-TEST_F(SettingsSheetTest, ColorPageShowsChoicesAndResets) {
-    store_->write(setting::COLOR_TEXT, 0x0000FF);
-    CPPageColor page(*store_);
-    const auto previewText = [&page] { return page.preview()->palette().color(QPalette::Text); };
-    EXPECT_EQ(previewText(), QColor(Qt::red));
-    WhenDialogShows<ColorPicker>([](ColorPicker& picker) {
-        picker.setColor(Qt::blue);
-        picker.reject();
-    });
-    page.textButton()->click();
-    EXPECT_EQ(page.textColor(), QColor(Qt::red));
-    WhenDialogShows<ColorPicker>([](ColorPicker& picker) {
-        EXPECT_EQ(picker.color(), QColor(Qt::white));
-        picker.setColor(Qt::yellow);
-        picker.accept();
-    });
-    page.backgroundButton()->click();
-    EXPECT_EQ(page.preview()->palette().color(QPalette::Base), QColor(Qt::yellow));
-    page.resetButton()->click();
-    EXPECT_EQ(previewText(), QColor(Qt::black));
-    EXPECT_EQ(page.backgroundColor(), QColor(Qt::white));
-}
-
-// A font slot's labels show what the chooser returned; a cancelled chooser leaves the slot.
-TEST_F(SettingsSheetTest, FontPageShowsTheChosenFont) {
-    CPPageFont page(*store_);
-    for (const bool confirm : {false, true}) {
-        WhenDialogShows<FontChooser>([confirm](FontChooser& chooser) {
-            EXPECT_EQ(chooser.choice().size, 18); // opens on the slot's own values
-            chooser.faceField()->setText(QStringLiteral("Some Face"));
-            chooser.sizeField()->setText(QStringLiteral("30"));
-            confirm ? chooser.accept() : chooser.reject();
-        });
-        page.chooseButton(3)->click();
-        EXPECT_EQ(page.sizeText(3), confirm ? QStringLiteral("30") : QStringLiteral("18"));
-    }
-    EXPECT_EQ(page.faceText(3), QStringLiteral("Some Face"));
-    EXPECT_EQ(page.faceText(0), DefaultValue(setting::FONT1_NAME));
 }
 
 // A box is checked when all of its extensions are ours; on OK only the boxes the user changed
@@ -276,26 +251,6 @@ TEST_F(SettingsSheetTest, AssociationBoxesApplyTheirChanges) {
         EXPECT_EQ(calls, (QStringList{".txt-", ".htm+", ".html+", ".xml+", ".mcr+"}));
         EXPECT_EQ(sheet->result(), QDialog::Accepted);
     }
-}
-
-// "..." asks the browse seam, starting from the path in the field; a cancelled browse leaves
-// the field as it was.
-TEST_F(SettingsSheetTest, MacroBrowseFillsThePathWhenAFileIsChosen) {
-    store_->write(setting::DEFAULT_MACRO_FILE_NAME, QStringLiteral("/old/a.mcr"));
-    std::optional<QString> answer;
-    QStringList asked;
-    SettingsSeams seams;
-    seams.chooseMacroFile = [&](const QString& current, QWidget*) {
-        asked.append(current);
-        return answer;
-    };
-    CPPageFile page(*store_, seams);
-    page.browseButton()->click();
-    EXPECT_EQ(page.macroField()->text(), QStringLiteral("/old/a.mcr"));
-    answer = QStringLiteral("/new/b.mcr");
-    page.browseButton()->click();
-    EXPECT_EQ(page.macroField()->text(), QStringLiteral("/new/b.mcr"));
-    EXPECT_EQ(asked, (QStringList{"/old/a.mcr", "/old/a.mcr"}));
 }
 
 // The long code-set label wraps instead of widening the page, and a tap on it toggles the box.
@@ -337,33 +292,26 @@ TEST_F(SettingsSheetTest, ColorPickerMixesOneColour) {
 TEST_F(SettingsSheetTest, CustomColoursAreKeptNewestFirst) {
     const QColor w(Qt::white), a(1, 1, 1), b(2, 2, 2), c(3, 3, 3), d(4, 4, 4), e(5, 5, 5),
         f(6, 6, 6);
-    const struct {
-        QList<QColor> added;
-        bool confirm;
-        QList<QColor> kept;
-        int count;
-    } rows[] = {
-        {{}, false, {w, w, w, w, w}, 0},  {{a, b}, false, {b, a, w, w, w}, 2},
-        {{a}, true, {a, b, w, w, w}, 2},  {{c, d, e, f}, true, {f, e, d, c, a}, 5},
-        {{d}, false, {d, f, e, c, a}, 5},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.added.size());
+    // The colours the next picker keeps, after added ones in a picker closed with OK or not.
+    const auto keptAfter = [&](const QList<QColor>& added, bool confirm) {
         ColorPicker picker(w, *store_);
-        for (const QColor& color : row.added) {
+        for (const QColor& color : added) {
             picker.setColor(color);
             picker.addCustomButton()->click();
         }
-        row.confirm ? picker.accept() : picker.reject();
-        EXPECT_EQ(store_->read(setting::CUSTOM_COLOR_COUNT), row.count);
+        confirm ? picker.accept() : picker.reject();
         ColorPicker next(w, *store_);
         QList<QColor> kept;
-        for (const ColorSwatch* swatch : next.customColors())
+        for (ColorSwatch* swatch : next.customColors())
             kept.append(swatch->color());
-        EXPECT_EQ(kept, row.kept);
         next.customColors().at(0)->click(); // a custom colour is a choice like the basic ones
-        EXPECT_EQ(next.color(), row.kept.front());
-    }
+        EXPECT_EQ(next.color(), kept.front());
+        return kept;
+    };
+    EXPECT_EQ(keptAfter({a, b}, false), (QList<QColor>{b, a, w, w, w}));
+    EXPECT_EQ(keptAfter({a}, true), (QList<QColor>{a, b, w, w, w}));
+    EXPECT_EQ(keptAfter({c, d, e, f}, true), (QList<QColor>{f, e, d, c, a}));
+    EXPECT_EQ(keptAfter({d}, false), (QList<QColor>{d, f, e, c, a}));
 }
 
 // The faces that can show Japanese come first, so a Japanese user finds them at the top.

@@ -10,15 +10,15 @@
 #include "shell/CMainFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
+#include "widgets/HoldGesture.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMouseEvent>
-#include <QPointingDevice>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -36,10 +36,6 @@ template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
     });
 }
 
-QMenu* VisiblePopup() {
-    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
-}
-
 class SettingsAndAboutTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -53,26 +49,17 @@ protected:
     // A coarse timer may fire up to 5% early; the two hold times are 600 and 1000 ms.
     static constexpr qint64 kBetweenTheTwo = 900;
 
-    // How long a finger must rest on the text before the tap-and-hold menu opens.
+    // How long the text's tap-and-hold gesture takes to be recognised.
     qint64 holdTime() {
-        QWidget* viewport = frame_->view()->activeControl()->viewport();
-        const QPointingDevice finger(
-            QStringLiteral("finger"), 1001, QInputDevice::DeviceType::TouchScreen,
-            QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 1, 0);
-        const QPoint at(20, 20);
-        QMouseEvent press(QEvent::MouseButtonPress, at, viewport->mapToGlobal(at), Qt::LeftButton,
-                          Qt::LeftButton, {}, &finger);
+        auto* hold = frame_->view()->activeControl()->viewport()->findChild<HoldGesture*>();
+        QSignalSpy recognised(hold, &HoldGesture::recognised);
         QElapsedTimer clock;
         clock.start();
-        QApplication::sendEvent(viewport, &press);
-        EXPECT_TRUE(QTest::qWaitFor([] { return VisiblePopup() != nullptr; }, 3000));
-        const qint64 elapsed = clock.elapsed();
-        if (QMenu* menu = VisiblePopup())
+        hold->watch(QPoint(20, 20));
+        EXPECT_TRUE(recognised.wait(3000));
+        if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget()))
             menu->close();
-        QMouseEvent release(QEvent::MouseButtonRelease, at, viewport->mapToGlobal(at),
-                            Qt::LeftButton, Qt::NoButton, {}, &finger);
-        QApplication::sendEvent(viewport, &release);
-        return elapsed;
+        return clock.elapsed();
     }
 
     QTemporaryDir dir_;
