@@ -19,16 +19,10 @@ void PrintTo(const QString& text, std::ostream* out) {
 namespace korvel {
 namespace {
 
-constexpr char kMimeApps[] = "# the user's own comment\n"
-                             "[Added Associations]\n"
-                             "text/plain=other.desktop;\n"
-                             "\n"
-                             "[Default Applications]\n"
-                             "image/png=viewer.desktop\n"
-                             "text/plain=other.desktop;vim.desktop;\n"
-                             "\n"
-                             "[Removed Associations]\n"
-                             "text/html=KorvelHtm.desktop;\n";
+constexpr char kMimeApps[] = "# the user's own comment\n[Added Associations]\n"
+                             "text/plain=other.desktop;\n\n[Default Applications]\n"
+                             "image/png=viewer.desktop\ntext/plain=other.desktop;vim.desktop;\n\n"
+                             "[Removed Associations]\ntext/html=KorvelHtm.desktop;\n";
 
 // Every test runs in a home of its own: the XDG variables point into a temporary folder before
 // anything is looked up (each test is a process of its own, so nothing needs putting back).
