@@ -120,9 +120,9 @@ TEST_F(AssociationTest, CheckExtensionBlamesOnlyEntriesThatAreOursAndPointElsewh
         AssociationCheck expected;
     } rows[] = {{"no default", "", missing + " %f", Fine},
                 {"another program's type", "other.desktop", missing + " %f", Fine},
-                {"this program, any case", "korveltext.desktop", program_ + " %f", Fine},
+                {"this program", "KorvelText.desktop", program_ + " %f", Fine},
                 {"a bare word", "KorvelText.desktop", missing, Fine},
-                {"another copy", "KorvelText.desktop", "/bin/sh %f", OtherProgram},
+                {"another copy, any case", "korveltext.desktop", "/bin/sh %f", OtherProgram},
                 {"a moved program", "KorvelText.desktop", missing + " %f", MissingProgram}};
     for (const auto& row : rows) {
         write("config/mimeapps.list",
