@@ -208,16 +208,12 @@ TEST_F(AssociationTest, OnlyTxtTakesPlainTextTheOthersWithoutATypeGetOneOfTheirO
     }
 }
 
-// What the desktop itself answers: xdg-mime, run in the same home, in its desktop-neutral mode.
+// What the desktop itself answers: xdg-mime, run in the same home and environment.
 // The user's mimeinfo.cache goes first: xdg-mime falls back to its first entry for the type,
 // which may be ours by chance; without it only mimeapps.list and a runnable entry can say "ours".
 QString DesktopDefaultOf(const QString& mimeType) {
     QFile::remove(qEnvironmentVariable("XDG_DATA_HOME") + "/applications/mimeinfo.cache");
     QProcess query;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("XDG_CURRENT_DESKTOP", "X-Generic");
-    environment.insert("XDG_CONFIG_DIRS", "/nonexistent");
-    query.setProcessEnvironment(environment);
     query.start("xdg-mime", {"query", "default", mimeType});
     query.waitForFinished(30000);
     return QString::fromUtf8(query.readAllStandardOutput()).trimmed();
@@ -226,6 +222,9 @@ QString DesktopDefaultOf(const QString& mimeType) {
 TEST_F(AssociationTest, TheDesktopOpensTheTypesWithUsAndThenWithTheOldOwnerAgain) {
     if (QStandardPaths::findExecutable("xdg-mime").isEmpty())
         GTEST_SKIP() << "xdg-mime (xdg-utils) is not installed";
+    // xdg-mime in its desktop-neutral mode, blind to the system's own defaults.
+    qputenv("XDG_CURRENT_DESKTOP", "X-Generic");
+    qputenv("XDG_CONFIG_DIRS", "/nonexistent");
     write("data/applications/other.desktop",
           "[Desktop Entry]\nType=Application\nName=Other\nExec=" +
               makeProgram("bin/other").toUtf8() + " %f\nMimeType=text/plain;\n");
