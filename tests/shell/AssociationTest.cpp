@@ -19,54 +19,34 @@ void PrintTo(const QString& text, std::ostream* out) {
 namespace korvel {
 namespace {
 
-constexpr char kMimeApps[] = "# the user's own comment\n"
-                             "[Added Associations]\n"
-                             "text/plain=other.desktop;\n"
-                             "\n"
-                             "[Default Applications]\n"
-                             "image/png=viewer.desktop\n"
-                             "text/plain=other.desktop;vim.desktop;\n"
-                             "\n"
-                             "[Removed Associations]\n"
-                             "text/html=KorvelHtm.desktop;\n";
+constexpr char kMimeApps[] = "# the user's own comment\n[Added Associations]\n"
+                             "text/plain=other.desktop;\n\n[Default Applications]\n"
+                             "image/png=viewer.desktop\ntext/plain=other.desktop;vim.desktop;\n\n"
+                             "[Removed Associations]\ntext/html=KorvelHtm.desktop;\n";
 
 // Every test runs in a home of its own: the XDG variables point into a temporary folder before
-// anything is looked up, and come back afterwards.
+// anything is looked up (each test is a process of its own, so nothing needs putting back).
 class AssociationTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(home_.isValid());
-        for (const char* name : kVariables) {
-            saved_.append(qgetenv(name));
-        }
         qputenv("XDG_DATA_HOME", path("data").toUtf8());
         qputenv("XDG_CONFIG_HOME", path("config").toUtf8());
         qputenv("XDG_DATA_DIRS", "/usr/share");
-        program_ = makeProgram("bin/korveledit");
-    }
-    void TearDown() override {
-        for (int i = 0; i < std::ssize(kVariables); ++i) {
-            if (saved_[i].isNull())
-                qunsetenv(kVariables[i]);
-            else
-                qputenv(kVariables[i], saved_[i]);
-        }
     }
 
     QString path(const QString& relative) const { return home_.filePath(relative); }
-    QString makeProgram(const QString& relative) const {
+    QString write(const QString& relative, const QByteArray& text) const {
         QDir().mkpath(QFileInfo(path(relative)).absolutePath());
         QFile file(path(relative));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n");
-        file.setPermissions(file.permissions() | QFile::ExeOwner);
+        file.write(text);
         return file.fileName();
     }
-    void write(const QString& relative, const QByteArray& text) const {
-        QDir().mkpath(QFileInfo(path(relative)).absolutePath());
-        QFile file(path(relative));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
+    QString makeProgram(const QString& relative) const {
+        const QString program = write(relative, "#!/bin/sh\n");
+        QFile::setPermissions(program, QFile::permissions(program) | QFile::ExeOwner);
+        return program;
     }
     QByteArray read(const QString& relative) const {
         QFile file(path(relative));
@@ -83,19 +63,9 @@ protected:
     QString entryValue(const QString& className, const QString& key) const {
         return value("data/applications/" + className + ".desktop", "Desktop Entry", key);
     }
-    bool registerClass(const QString& extension, const QString& program) const {
-        for (const AssociationClass& known : AssociationClasses()) {
-            if (known.extension == extension)
-                return RegisterExtension(extension, known.className, known.description, program);
-        }
-        return false;
-    }
 
-    static constexpr const char* kVariables[] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME",
-                                                 "XDG_DATA_DIRS"};
     QTemporaryDir home_;
-    QList<QByteArray> saved_;
-    QString program_;
+    const QString program_ = makeProgram("bin/korveledit");
 };
 
 TEST_F(AssociationTest, RoundTripGivesTheTypeBackAndLeavesEveryOtherLineAsItWas) {
@@ -113,11 +83,10 @@ TEST_F(AssociationTest, RoundTripGivesTheTypeBackAndLeavesEveryOtherLineAsItWas)
     EXPECT_FALSE(IsExtensionAssociated(".txt", program_));
 }
 
-TEST_F(AssociationTest, OldEntryOutlivesRegisteringAgainAndTheTypeHtmAndHtmlShare) {
+TEST_F(AssociationTest, UnregisteringGivesTheTypeBackToItsOwnerBeforeUs) {
     write("config/mimeapps.list", "[Default Applications]\ntext/html=browser.desktop\n");
-    for (const char* extension : {".htm", ".html", ".htm"}) {
-        ASSERT_TRUE(registerClass(extension, program_)) << extension;
-    }
+    for (const char* extension : {".htm", ".html", ".htm"})
+        ASSERT_TRUE(SetExtensionAssociated(extension, true, program_)) << extension;
     EXPECT_EQ(entryValue("KorvelHtm", "X-Korvel-OldEntry"), "browser.desktop");
     EXPECT_EQ(entryValue("KorvelHtml", "X-Korvel-OldEntry"), "browser.desktop");
 
@@ -125,11 +94,10 @@ TEST_F(AssociationTest, OldEntryOutlivesRegisteringAgainAndTheTypeHtmAndHtmlShar
     EXPECT_TRUE(IsExtensionAssociated(".html", program_));
     ASSERT_TRUE(UnregisterExtension(".htm"));
     EXPECT_EQ(defaultOf("text/html"), "browser.desktop");
-}
 
-TEST_F(AssociationTest, WithoutOldEntryTheSystemsDefaultComesBack) {
+    // Without an old entry the system's default comes back.
     for (const char* extension : {".txt", ".ini"}) {
-        ASSERT_TRUE(registerClass(extension, program_));
+        ASSERT_TRUE(SetExtensionAssociated(extension, true, program_));
         ASSERT_TRUE(UnregisterExtension(extension));
         EXPECT_EQ(defaultOf(MimeTypeOfExtension(extension)), "<none>") << extension;
     }
@@ -144,23 +112,18 @@ TEST_F(AssociationTest, WithoutOldEntryTheSystemsDefaultComesBack) {
 }
 
 TEST_F(AssociationTest, CheckExtensionBlamesOnlyEntriesThatAreOursAndPointElsewhere) {
+    using enum AssociationCheck;
     const QString missing = path("moved/korveledit");
     const struct {
         const char* name;
-        QString defaultApp;
-        QString exec;
+        QString defaultApp, exec;
         AssociationCheck expected;
-    } rows[] = {
-        {"no default", "", missing + " %f", AssociationCheck::Fine},
-        {"another program's type", "other.desktop", missing + " %f", AssociationCheck::Fine},
-        {"this program", "KorvelText.desktop", program_ + " %f", AssociationCheck::Fine},
-        {"this program quoted", "korveltext.desktop", '"' + program_ + "\" %f",
-         AssociationCheck::Fine},
-        {"a bare word", "KorvelText.desktop", missing, AssociationCheck::Fine},
-        {"another copy", "KorvelText.desktop", "/bin/sh %f", AssociationCheck::OtherProgram},
-        {"a moved program", "KorvelText.desktop", missing + " %f",
-         AssociationCheck::MissingProgram},
-    };
+    } rows[] = {{"no default", "", missing + " %f", Fine},
+                {"another program's type", "other.desktop", missing + " %f", Fine},
+                {"this program", "KorvelText.desktop", program_ + " %f", Fine},
+                {"a bare word", "KorvelText.desktop", missing, Fine},
+                {"another copy, any case", "korveltext.desktop", "/bin/sh %f", OtherProgram},
+                {"a moved program", "KorvelText.desktop", missing + " %f", MissingProgram}};
     for (const auto& row : rows) {
         write("config/mimeapps.list",
               row.defaultApp.isEmpty()
@@ -175,83 +138,54 @@ TEST_F(AssociationTest, CheckExtensionBlamesOnlyEntriesThatAreOursAndPointElsewh
 TEST_F(AssociationTest, CommandLinesOfAwkwardPathsReadBackAsTheSameProgram) {
     for (const char* name : {"plain", "with blank", "dollar$ \"quote\" back\\slash", "100%"}) {
         const QString program = makeProgram(QStringLiteral("%1/korveledit").arg(name));
-        ASSERT_TRUE(registerClass(".txt", program)) << name;
+        ASSERT_TRUE(SetExtensionAssociated(".txt", true, program)) << name;
         EXPECT_EQ(CheckExtension(".txt", program), AssociationCheck::Fine) << name;
         EXPECT_EQ(CheckExtension(".txt", program_), AssociationCheck::OtherProgram) << name;
+        const QString entry = path("data/applications/KorvelText.desktop");
         const QString validator = QStandardPaths::findExecutable("desktop-file-validate");
         if (!validator.isEmpty()) { // the desktop's own reading of the quoting
-            EXPECT_EQ(QProcess::execute(validator, {path("data/applications/KorvelText.desktop")}),
-                      0)
-                << name;
+            EXPECT_EQ(QProcess::execute(validator, {entry}), 0) << name;
         }
     }
 }
 
-TEST_F(AssociationTest, RepairPointsTheEntriesAtThisProgramAndKeepsTheirOldEntries) {
-    write("config/mimeapps.list", "[Default Applications]\ntext/plain=other.desktop\n");
-    ASSERT_TRUE(registerClass(".txt", path("moved/korveledit")));
-    ASSERT_TRUE(registerClass(".mcr", path("moved/korveledit")));
-    EXPECT_EQ(CheckAssociation(program_), AssociationCheck::MissingProgram);
-    ASSERT_TRUE(registerClass(".xml", "/bin/sh"));
-    EXPECT_EQ(CheckAssociation(program_), AssociationCheck::OtherProgram);
-
-    ASSERT_TRUE(RepairAssociation(program_));
-    EXPECT_EQ(CheckAssociation(program_), AssociationCheck::Fine);
-    EXPECT_EQ(entryValue("KorvelMacro", "Exec"), program_ + " %f");
-    EXPECT_EQ(entryValue("KorvelText", "X-Korvel-OldEntry"), "other.desktop");
-}
-
+// Asked once at start-up when an entry of ours points elsewhere (another copy outweighs a moved
+// program); Yes points every entry here again and keeps the owners they give the types back to.
 TEST_F(AssociationTest, StartupAsksOnceAndRepairsOnYes) {
+    using enum AssociationCheck;
+    using enum MessageAnswer;
+    const QString moved = path("moved/korveledit");
     const struct {
         const char* name;
-        QString registeredProgram;
+        QString txtProgram, mcrProgram;
         bool unwritableIni;
         QList<MessageAnswer> answers;
         QList<int> shown;
         AssociationCheck after;
-    } rows[] = {
-        {"all well", program_, false, {}, {}, AssociationCheck::Fine},
-        {"moved, No",
-         "/moved/korveledit",
-         false,
-         {MessageAnswer::No},
-         {40022},
-         AssociationCheck::MissingProgram},
-        {"other copy, Yes",
-         "/bin/sh",
-         false,
-         {MessageAnswer::Yes},
-         {40021},
-         AssociationCheck::Fine},
-        {"repair fails",
-         "/moved/korveledit",
-         true,
-         {MessageAnswer::Yes, MessageAnswer::Ok},
-         {40022, 40023},
-         AssociationCheck::Fine},
-    };
+    } rows[] = {{"all well", program_, program_, false, {}, {}, Fine},
+                {"moved, No", moved, moved, false, {No}, {40022}, MissingProgram},
+                {"moved and another copy, Yes", moved, "/bin/sh", false, {Yes}, {40021}, Fine},
+                {"repair fails", moved, moved, true, {Yes, Ok}, {40022, 40023}, Fine}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         QDir(path("data")).removeRecursively();
-        QDir(path("config")).removeRecursively();
-        ASSERT_TRUE(registerClass(".txt", row.registeredProgram)) << row.name;
-        ASSERT_TRUE(registerClass(".mcr", row.registeredProgram)) << row.name;
+        write("config/mimeapps.list", "[Default Applications]\ntext/plain=other.desktop\n");
+        ASSERT_TRUE(SetExtensionAssociated(".txt", true, row.txtProgram));
+        ASSERT_TRUE(SetExtensionAssociated(".mcr", true, row.mcrProgram));
         if (row.unwritableIni) { // readable, but on a read-only file system, even for root
             ASSERT_TRUE(QFile::link("/proc/version", path("data/applications/KorvelIni.desktop")));
         }
         ScriptedMessageService messages;
-        for (MessageAnswer answer : row.answers) {
+        for (MessageAnswer answer : row.answers)
             messages.script({answer});
-        }
         StartupAssociationCheck(nullptr, program_);
-        EXPECT_EQ(messages.shownIds(), row.shown) << row.name;
-        if (!row.shown.isEmpty()) {
-            EXPECT_EQ(messages.shown()[0].buttons, MessageButtons::YesNo) << row.name;
-            EXPECT_EQ(messages.shown()[0].icon, MessageIcon::Question) << row.name;
-            EXPECT_TRUE(messages.shown()[0].topmost) << row.name;
-            EXPECT_EQ(messages.shown().last().icon,
-                      row.shown.size() == 2 ? MessageIcon::Stop : MessageIcon::Question);
+        EXPECT_EQ(messages.shownIds(), row.shown);
+        for (const ShownMessage& box : messages.shown()) {
+            EXPECT_TRUE(box.topmost);
+            EXPECT_EQ(box.icon, box.id == 40023 ? MessageIcon::Stop : MessageIcon::Question);
         }
-        EXPECT_EQ(CheckAssociation(program_), row.after) << row.name;
+        EXPECT_EQ(CheckAssociation(program_), row.after);
+        EXPECT_EQ(entryValue("KorvelText", "X-Korvel-OldEntry"), "other.desktop");
     }
 }
 
@@ -259,19 +193,14 @@ TEST_F(AssociationTest, OnlyTxtTakesPlainTextTheOthersWithoutATypeGetOneOfTheirO
     // A system that files .ini under plain text, as some do.
     write("system/mime/globs2", "50:text/plain:*.ini\n");
     qputenv("XDG_DATA_DIRS", (path("system") + ":/usr/share").toUtf8());
-    const struct {
-        const char* extension;
-        const char* type;
-    } rows[] = {
-        {".txt", "text/plain"},        {".htm", "text/html"},         {".html", "text/html"},
-        {".xml", "application/xml"},   {".inf", "text/x-korvel-inf"}, {".ini", "text/x-korvel-ini"},
-        {".mcr", "text/x-korvel-mcr"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(MimeTypeOfExtension(row.extension), row.type) << row.extension;
-    }
+    const std::pair<const char*, const char*> rows[] = {
+        {".txt", "text/plain"},       {".htm", "text/html"},         {".html", "text/html"},
+        {".xml", "application/xml"},  {".inf", "text/x-korvel-inf"}, {".ini", "text/x-korvel-ini"},
+        {".mcr", "text/x-korvel-mcr"}};
+    for (const auto& [extension, type] : rows)
+        EXPECT_EQ(MimeTypeOfExtension(extension), type) << extension;
     write("config/mimeapps.list", "[Default Applications]\ntext/plain=other.desktop\n");
-    ASSERT_TRUE(registerClass(".ini", program_));
+    ASSERT_TRUE(SetExtensionAssociated(".ini", true, program_));
     EXPECT_EQ(defaultOf("text/plain"), "other.desktop");
     EXPECT_EQ(defaultOf("text/x-korvel-ini"), "KorvelIni.desktop");
     if (!QStandardPaths::findExecutable("update-mime-database").isEmpty()) { // compiled
@@ -279,16 +208,12 @@ TEST_F(AssociationTest, OnlyTxtTakesPlainTextTheOthersWithoutATypeGetOneOfTheirO
     }
 }
 
-// What the desktop itself answers: xdg-mime, run in the same home, in its desktop-neutral mode.
+// What the desktop itself answers: xdg-mime, run in the same home and environment.
 // The user's mimeinfo.cache goes first: xdg-mime falls back to its first entry for the type,
 // which may be ours by chance; without it only mimeapps.list and a runnable entry can say "ours".
 QString DesktopDefaultOf(const QString& mimeType) {
     QFile::remove(qEnvironmentVariable("XDG_DATA_HOME") + "/applications/mimeinfo.cache");
     QProcess query;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("XDG_CURRENT_DESKTOP", "X-Generic");
-    environment.insert("XDG_CONFIG_DIRS", "/nonexistent");
-    query.setProcessEnvironment(environment);
     query.start("xdg-mime", {"query", "default", mimeType});
     query.waitForFinished(30000);
     return QString::fromUtf8(query.readAllStandardOutput()).trimmed();
@@ -297,14 +222,17 @@ QString DesktopDefaultOf(const QString& mimeType) {
 TEST_F(AssociationTest, TheDesktopOpensTheTypesWithUsAndThenWithTheOldOwnerAgain) {
     if (QStandardPaths::findExecutable("xdg-mime").isEmpty())
         GTEST_SKIP() << "xdg-mime (xdg-utils) is not installed";
+    // xdg-mime in its desktop-neutral mode, blind to the system's own defaults.
+    qputenv("XDG_CURRENT_DESKTOP", "X-Generic");
+    qputenv("XDG_CONFIG_DIRS", "/nonexistent");
     write("data/applications/other.desktop",
           "[Desktop Entry]\nType=Application\nName=Other\nExec=" +
               makeProgram("bin/other").toUtf8() + " %f\nMimeType=text/plain;\n");
     write("config/mimeapps.list", "[Default Applications]\ntext/plain=other.desktop\n");
     ASSERT_EQ(DesktopDefaultOf("text/plain"), "other.desktop");
 
-    ASSERT_TRUE(registerClass(".txt", program_));
-    ASSERT_TRUE(registerClass(".mcr", program_));
+    ASSERT_TRUE(SetExtensionAssociated(".txt", true, program_));
+    ASSERT_TRUE(SetExtensionAssociated(".mcr", true, program_));
     EXPECT_EQ(DesktopDefaultOf("text/plain"), "KorvelText.desktop");
     EXPECT_EQ(DesktopDefaultOf("text/x-korvel-mcr"), "KorvelMacro.desktop");
 
