@@ -152,6 +152,9 @@ TEST_F(FileBrowserDialogTest, StartsInTheRequestedFolderListingItsType) {
         EXPECT_EQ(dialog_->typeBox()->currentIndex(), -1) << index;
         EXPECT_EQ(listed().size(), 6) << index;
     }
+    request_.options = option::NoFileList; // a hidden list reads no folder
+    open();
+    EXPECT_TRUE(listed().isEmpty());
     request_.folder = QStringLiteral("relative");
     open();
     EXPECT_EQ(dialog_->folderTree()->currentFolder(), QStringLiteral("/"));
@@ -176,36 +179,32 @@ TEST_F(FileBrowserDialogTest, APatternListsItsFilesInTheFolderItNames) {
     EXPECT_EQ(outcome(), "at ~/sub/ []");
 }
 
-TEST_F(FileBrowserDialogTest, OptionRowPicksTheStoredIndexAndHidesWithoutAList) {
+// The option row picks the stored index (the first one when it is out of range) and hides
+// without a list; OK hands back the type, the option, the style and the folders choice.
+TEST_F(FileBrowserDialogTest, OptionRowAndResultsCarryTypeOptionStyleAndFolders) {
     request_.options |= option::ShowOptionRow;
-    request_.optionList = QStringLiteral("a|b|c||");
+    request_.listStyle = list_style::List;
     for (const auto& [stored, shown] : {std::pair{0, 0}, {2, 2}, {3, 0}, {-1, 0}}) {
+        request_.optionList = QStringLiteral("a|b|c||");
         request_.optionIndex = stored;
         open();
-        EXPECT_TRUE(dialog_->optionBox()->isVisible());
-        EXPECT_EQ(dialog_->optionBox()->currentIndex(), shown) << stored;
+        EXPECT_EQ(
+            std::pair(dialog_->optionBox()->isVisible(), dialog_->optionBox()->currentIndex()),
+            std::pair(true, shown));
     }
-    request_.optionList.clear();
-    open();
-    EXPECT_FALSE(dialog_->optionBox()->isVisible());
-    EXPECT_EQ(request_.options & option::ShowOptionRow, 0u);
-}
-
-TEST_F(FileBrowserDialogTest, ResultsCarryTypeOptionStyleAndFolders) {
-    request_.options |= option::ShowOptionRow;
-    request_.optionList = QStringLiteral("a|b|c||");
-    request_.listStyle = list_style::List;
-    open();
     dialog_->typeBox()->setCurrentIndex(kSettings - 1);
     dialog_->optionBox()->setCurrentIndex(2);
     dialog_->fileList()->runCommand(cmd::ShowFolders);
     dialog_->nameBox()->setText("x.ini");
     dialog_->ok();
     EXPECT_EQ(outcome(), "chose ~/x.ini");
-    EXPECT_EQ(request_.filterIndex, kSettings);
-    EXPECT_EQ(request_.optionIndex, 2);
-    EXPECT_EQ(request_.listStyle, list_style::List);
-    EXPECT_FALSE(request_.showFolders);
+    EXPECT_EQ(std::tuple(request_.filterIndex, request_.optionIndex, request_.listStyle,
+                         request_.showFolders),
+              std::tuple(kSettings, 2, list_style::List, false));
+    request_.optionList.clear();
+    open();
+    EXPECT_FALSE(dialog_->optionBox()->isVisible());
+    EXPECT_EQ(request_.options & option::ShowOptionRow, 0u);
     // "選択した .lnk ファイル" takes the shortcut itself.
     request_.filterIndex = kAll;
     open();
