@@ -249,10 +249,11 @@ TEST_F(FileBrowserDialogTest, OkWhileALabelIsEditedOnlyEndsTheEdit) {
 
 TEST_F(FileBrowserDialogTest, TapsOnEmptySpaceEnlargeAPaneAndTheHookSeesKeysFirst) {
     request_.options |= option::EnlargeBySingleTap;
-    int keys = 0;
+    // The dialog outlives the test body and calls its hook to the end, so the count does too.
+    const auto keys = std::make_shared<int>(0);
     request_.flags = flag::EnableHook;
-    request_.hook = [&keys](QObject*, QEvent* event) {
-        keys += event->type() == QEvent::KeyPress;
+    request_.hook = [keys](QObject*, QEvent* event) {
+        *keys += event->type() == QEvent::KeyPress;
         return event->type() == QEvent::KeyPress;
     };
     open();
@@ -271,7 +272,7 @@ TEST_F(FileBrowserDialogTest, TapsOnEmptySpaceEnlargeAPaneAndTheHookSeesKeysFirs
     }
     dialog_->nameBox()->clear();
     QTest::keyClicks(dialog_->nameBox(), QStringLiteral("abc"));
-    EXPECT_EQ(keys, 3);
+    EXPECT_EQ(*keys, 3);
     EXPECT_TRUE(dialog_->nameBox()->text().isEmpty());
 }
 
