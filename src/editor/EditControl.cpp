@@ -141,6 +141,12 @@ void EditControl::keyPressEvent(QKeyEvent* event) {
         refuseInput();
         return;
     }
+    if (lineBreak && textCursor().hasSelection()) {
+        // Over a selection that holds a line break, Qt takes the break apart into several undo
+        // steps, and one undo then leaves a mark of the selection without its character.
+        insertAtSelection(u"\r\n");
+        return;
+    }
     if (lineSeparator) {
         // Qt would put U+2028 in the text: a break on screen that is no line of the file.
         QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));

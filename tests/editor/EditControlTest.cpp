@@ -297,12 +297,10 @@ protected:
             return "key " + ::testing::PrintToString(key) + at;
         }
         case 3:
-            // At the caret: Enter over a selection that reaches the end of the text loses the
-            // character of a mark in it on undo.
-            select(start, start);
+            select(start, end);
             QTest::keyClick(edit_, Qt::Key_Return);
-            replace(start, start, std::u16string(1, kBreak));
-            return "enter at " + std::to_string(start);
+            replace(start, end, std::u16string(1, kBreak));
+            return "enter" + at;
         case 4:
             if (start == end)
                 end = position(start + 2) > start + 1 ? start + 2 : position(start + 1);
