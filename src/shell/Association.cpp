@@ -172,12 +172,14 @@ std::optional<QString> OwnerBeforeUs(const std::optional<QString>& currentDefaul
     return entry.value(kEntryGroup, kOldEntryKey);
 }
 
-// The type an extension gets when the extensions before it in the list hold the given types.
+// The type an extension gets when the extensions before it in the list hold the given types;
+// desktopTypes are the system's types of the extensions.
 QString TypeAfter(const QString& extension, const QString& description,
-                  const QList<std::pair<QString, QString>>& earlier) {
+                  const QList<std::pair<QString, QString>>& earlier,
+                  const QHash<QString, QString>& desktopTypes) {
     if (extension.compare(kMacroExtension, Qt::CaseInsensitive) == 0)
         return OwnMimeTypeOf(extension); // the program's own file format
-    const QString desktop = DesktopMimeTypeOfExtension(extension);
+    const QString desktop = desktopTypes.value(extension.toLower());
     if (desktop.isEmpty())
         return OwnMimeTypeOf(extension);
     for (const auto& [type, kind] : earlier) {
@@ -189,10 +191,15 @@ QString TypeAfter(const QString& extension, const QString& description,
 
 // Every extension of the list with its type, worked out in list order.
 QList<std::pair<AssociationClass, QString>> ClassesWithTypes() {
+    const QList<AssociationClass> classes = AssociationClasses();
+    QStringList extensions;
+    for (const AssociationClass& entry : classes)
+        extensions.append(entry.extension);
+    const QHash<QString, QString> desktopTypes = DesktopMimeTypesOf(extensions);
     QList<std::pair<AssociationClass, QString>> typed;
     QList<std::pair<QString, QString>> earlier;
-    for (const AssociationClass& entry : AssociationClasses()) {
-        const QString type = TypeAfter(entry.extension, entry.description, earlier);
+    for (const AssociationClass& entry : classes) {
+        const QString type = TypeAfter(entry.extension, entry.description, earlier, desktopTypes);
         typed.append({entry, type});
         earlier.append({type, entry.description});
     }
@@ -213,6 +220,19 @@ QList<OwnMimeType> OwnTypesFor(const QString& extension, const QString& descript
     return types;
 }
 
+// CheckExtension for a class whose extension has mimeType.
+AssociationCheck CheckClass(const AssociationClass& known, const QString& mimeType,
+                            const QString& programPath) {
+    const std::optional<QString> current = DefaultApplicationOf(mimeType);
+    if (!current || !SameDesktopId(FirstDesktopId(*current), DesktopId(known.className)))
+        return AssociationCheck::Fine; // not ours: not an error
+    const QString program = ProgramOfEntry(DesktopEntryPath(known.className));
+    if (program.isEmpty() || SameProgram(program, programPath))
+        return AssociationCheck::Fine;
+    return QFileInfo::exists(program) ? AssociationCheck::OtherProgram
+                                      : AssociationCheck::MissingProgram;
+}
+
 } // namespace
 
 QList<AssociationClass> AssociationClasses() {
@@ -230,7 +250,7 @@ QString MimeTypeOfExtension(const QString& extension) {
         if (entry.extension.compare(extension, Qt::CaseInsensitive) == 0)
             return type;
     }
-    const QString desktop = DesktopMimeTypeOfExtension(extension);
+    const QString desktop = DesktopMimeTypesOf({extension}).value(extension.toLower());
     return desktop.isEmpty() ? OwnMimeTypeOf(extension) : desktop;
 }
 
@@ -303,20 +323,14 @@ AssociationCheck CheckExtension(const QString& extension, const QString& program
     const std::optional<AssociationClass> known = ClassOf(extension);
     if (!known)
         return AssociationCheck::Fine;
-    const std::optional<QString> current = DefaultApplicationOf(MimeTypeOfExtension(extension));
-    if (!current || !SameDesktopId(FirstDesktopId(*current), DesktopId(known->className)))
-        return AssociationCheck::Fine; // not ours: not an error
-    const QString program = ProgramOfEntry(DesktopEntryPath(known->className));
-    if (program.isEmpty() || SameProgram(program, programPath))
-        return AssociationCheck::Fine;
-    return QFileInfo::exists(program) ? AssociationCheck::OtherProgram
-                                      : AssociationCheck::MissingProgram;
+    return CheckClass(*known, MimeTypeOfExtension(extension), programPath);
 }
 
 AssociationCheck CheckAssociation(const QString& programPath) {
     AssociationCheck worst = AssociationCheck::Fine;
-    for (const AssociationClass& entry : AssociationClasses()) {
-        const AssociationCheck found = CheckExtension(entry.extension, programPath);
+    // The types of all seven at once: working each out reads the system's type databases.
+    for (const auto& [entry, mimeType] : ClassesWithTypes()) {
+        const AssociationCheck found = CheckClass(entry, mimeType, programPath);
         if (found == AssociationCheck::OtherProgram)
             return found;
         if (found == AssociationCheck::MissingProgram)

@@ -94,10 +94,9 @@ QString UserMimeFolder() {
     return DataHome() + QStringLiteral("/mime");
 }
 
-QString DesktopMimeTypeOfExtension(QStringView extension) {
-    const QString pattern = u'*' + extension.toString();
-    QString best;
-    int bestWeight = -1;
+QHash<QString, QString> DesktopMimeTypesOf(const QStringList& extensions) {
+    QHash<QString, QString> types;
+    QHash<QString, int> weights;
     for (const QString& folder : DataFolders()) {
         QFile globs(folder + QStringLiteral("/mime/globs2"));
         if (!globs.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -105,18 +104,20 @@ QString DesktopMimeTypeOfExtension(QStringView extension) {
         while (!globs.atEnd()) {
             // weight:type:pattern[:flags]
             const QStringList fields = QString::fromUtf8(globs.readLine()).trimmed().split(u':');
-            if (fields.size() < 3 || fields[0].startsWith(u'#'))
+            if (fields.size() < 3 || fields[0].startsWith(u'#') || !fields[2].startsWith(u'*'))
                 continue;
-            if (fields[2].compare(pattern, Qt::CaseInsensitive) != 0)
+            const QString extension = fields[2].mid(1).toLower();
+            if (!extensions.contains(extension, Qt::CaseInsensitive))
                 continue;
             const int weight = fields[0].toInt();
-            if (weight > bestWeight) { // on a tie the folder that comes first wins
-                best = fields[1];
-                bestWeight = weight;
+            // On a tie the folder that comes first wins.
+            if (weight > weights.value(extension, -1)) {
+                types.insert(extension, fields[1]);
+                weights.insert(extension, weight);
             }
         }
     }
-    return best;
+    return types;
 }
 
 QString OwnMimeTypeOf(QStringView extension) {

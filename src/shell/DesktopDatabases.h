@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -14,10 +15,11 @@ QString UserApplicationsFolder();
 QString UserMimeAppsList();
 QString UserMimeFolder();
 
-// The MIME type that the shared-mime-info databases give files named "*<extension>": the glob of
-// highest weight, the user's database (with our own package) included, as the desktop reads
-// them; empty when none does.
-QString DesktopMimeTypeOfExtension(QStringView extension);
+// The MIME types that the shared-mime-info databases give files named "*<extension>", for each
+// of extensions that has one (keyed in lower case): the glob of highest weight, the user's
+// database (with our own package) included, as the desktop reads them. The databases are read
+// once for all the extensions.
+QHash<QString, QString> DesktopMimeTypesOf(const QStringList& extensions);
 
 // The type of our own for an extension the system has no fitting type for ("text/x-korvel-mcr").
 QString OwnMimeTypeOf(QStringView extension);
