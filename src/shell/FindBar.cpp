@@ -1,24 +1,16 @@
 #include "shell/FindBar.h"
 
-#include "shell/CaseButtons.h"
+#include "shell/BarParts.h"
 
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QToolButton>
 
 namespace korvel {
 
-namespace {
-
-// The bar's right edge stays this far from the window's, as the bar strip leaves room there.
-constexpr int kRightMargin = 20;
-
-} // namespace
-
 FindBar::FindBar(QWidget* parent) : QWidget(parent), text_(new QLineEdit(this)) {
     auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(2, 2, kRightMargin, 2);
+    layout->setContentsMargins(2, 2, kBarRightMargin, 2);
     layout->setSpacing(1);
     towardsStart_ = MakeBarButton(QStringLiteral("▲"), QStringLiteral("前を検索"), this);
     towardsEnd_ = MakeBarButton(QStringLiteral("▼"), QStringLiteral("次を検索"), this);
@@ -50,26 +42,6 @@ bool FindBar::eventFilter(QObject* watched, QEvent* event) {
                                 [this] { emit closeRequested(); }))
         return true;
     return QWidget::eventFilter(watched, event);
-}
-
-bool HandleBarKey(QEvent* event, const std::function<void()>& enter,
-                  const std::function<void()>& escape) {
-    if (event->type() != QEvent::KeyPress)
-        return false;
-    const auto* key = static_cast<QKeyEvent*>(event);
-    if (key->modifiers() & ~Qt::KeypadModifier)
-        return false;
-    switch (key->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        enter();
-        return true;
-    case Qt::Key_Escape:
-        escape();
-        return true;
-    default:
-        return false;
-    }
 }
 
 } // namespace korvel

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QWidget>
-#include <functional>
 
 class QLineEdit;
 class QToolButton;
@@ -39,10 +38,5 @@ private:
     CaseButtons* case_;
     QToolButton* close_;
 };
-
-// Enter and Escape in a bar's edit box: Enter runs enter, Escape runs escape. True when the
-// key was one of them.
-bool HandleBarKey(QEvent* event, const std::function<void()>& enter,
-                  const std::function<void()>& escape);
 
 } // namespace korvel

@@ -1,7 +1,6 @@
 #include "shell/ReplaceBar.h"
 
-#include "shell/CaseButtons.h"
-#include "shell/FindBar.h"
+#include "shell/BarParts.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -9,12 +8,6 @@
 #include <QToolButton>
 
 namespace korvel {
-
-namespace {
-
-constexpr int kRightMargin = 20;
-
-} // namespace
 
 ReplaceBar::ReplaceBar(QWidget* parent)
     : QWidget(parent), find_(new QLineEdit(this)), replacement_(new QLineEdit(this)) {
@@ -28,7 +21,7 @@ ReplaceBar::ReplaceBar(QWidget* parent)
     // The boxes share the first column, so they end at the same place; the buttons of each row
     // stand right-aligned in the second.
     auto* layout = new QGridLayout(this);
-    layout->setContentsMargins(2, 2, kRightMargin, 2);
+    layout->setContentsMargins(2, 2, kBarRightMargin, 2);
     layout->setHorizontalSpacing(3);
     layout->setVerticalSpacing(1);
     layout->addWidget(find_, 0, 0);

@@ -3,7 +3,7 @@
 #include "editor/CEditer.h"
 #include "editor/EditControl.h"
 #include "messages/MessageService.h"
-#include "shell/CaseButtons.h"
+#include "shell/BarParts.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/FindBar.h"

@@ -1,12 +1,18 @@
 #pragma once
 
 #include <QObject>
+#include <functional>
 
+class QEvent;
 class QHBoxLayout;
 class QToolButton;
 class QWidget;
 
+// The parts the find bar and the replace bar are made of.
 namespace korvel {
+
+// A bar's right edge stays this far from the window's, as the bar strip leaves room there.
+inline constexpr int kBarRightMargin = 20;
 
 // A bar's case option: two "Aa" buttons of which one is shown, the one for a search that
 // minds case (drawn pressed) or the one for a search that ignores it. Pressing the shown one
@@ -30,5 +36,10 @@ private:
 
 // A bar button of the usual bar size with its one-character label.
 QToolButton* MakeBarButton(const QString& text, const QString& toolTip, QWidget* bar);
+
+// Enter and Escape in a bar's edit box: Enter runs enter, Escape runs escape. True when the
+// key was one of them.
+bool HandleBarKey(QEvent* event, const std::function<void()>& enter,
+                  const std::function<void()>& escape);
 
 } // namespace korvel

@@ -1,6 +1,7 @@
-#include "shell/CaseButtons.h"
+#include "shell/BarParts.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QToolButton>
 
 namespace korvel {
@@ -42,6 +43,26 @@ QToolButton* MakeBarButton(const QString& text, const QString& toolTip, QWidget*
     const int side = std::max(button->sizeHint().height(), 28);
     button->setFixedSize(side, side);
     return button;
+}
+
+bool HandleBarKey(QEvent* event, const std::function<void()>& enter,
+                  const std::function<void()>& escape) {
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->modifiers() & ~Qt::KeypadModifier)
+        return false;
+    switch (key->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        enter();
+        return true;
+    case Qt::Key_Escape:
+        escape();
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace korvel
