@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/FileTime.h"
+
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -11,9 +13,6 @@ namespace korvel {
 inline constexpr std::uint32_t kAttributeReadOnly = 0x01; // the owner may not write
 inline constexpr std::uint32_t kAttributeFolder = 0x10;
 inline constexpr std::uint32_t kAttributeLink = 0x400; // a symbolic link: a shortcut here
-
-// A modification time in nanoseconds since 1970-01-01 UTC.
-using FileTime = std::int64_t;
 
 // One row of the file list: what a folder listing says of one entry, links not followed.
 struct FileEntry {

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <csignal>
 #include <limits>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace korvel {
@@ -69,22 +68,6 @@ void OpenDocuments::UnregisterOpenDocument() {
         return;
     store_.openGroup(kOpenDocsGroup)->remove(QString::number(registeredInstance_));
     registeredInstance_ = 0;
-}
-
-bool FileTime::isLaterThan(const FileTime& other) const {
-    if (!valid || !other.valid)
-        return valid && !other.valid;
-    return seconds != other.seconds ? seconds > other.seconds : nanoseconds > other.nanoseconds;
-}
-
-FileTime ReadFileTime(const QString& path) {
-    struct stat status {};
-    const QByteArray name = QFile::encodeName(path);
-    // A file that cannot be read could not be loaded again either.
-    if (path.isEmpty() || ::stat(name.constData(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        ::access(name.constData(), R_OK) != 0)
-        return {};
-    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec, true};
 }
 
 } // namespace korvel

@@ -33,15 +33,4 @@ private:
 // Whether process is a running KorvelEdit: alive, and running the same program as this one.
 bool IsRunningInstance(qint64 process);
 
-// The file's modification time, to the nanosecond; invalid when it cannot be read.
-struct FileTime {
-    qint64 seconds = 0;
-    qint64 nanoseconds = 0;
-    bool valid = false;
-    friend bool operator==(const FileTime&, const FileTime&) = default;
-    // Later in time; a time that could not be read counts as the earliest of all.
-    bool isLaterThan(const FileTime& other) const;
-};
-FileTime ReadFileTime(const QString& path);
-
 } // namespace korvel

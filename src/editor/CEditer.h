@@ -2,6 +2,7 @@
 
 #include "browser/BrowseRequest.h"
 #include "codec/CodecTypes.h"
+#include "document/FileTime.h"
 #include "document/OpenDocuments.h"
 #include "editor/RecordedCommand.h"
 #include "editor/SearchEngine.h"
@@ -184,8 +185,8 @@ private:
     BrowseDialog browseDialog_;
     Recorder recorder_;
     OpenDocuments openDocuments_;
-    // The file's time after the last load or save.
-    FileTime fileTime_;
+    // The file's time after the last load or save; nothing when it could not be read.
+    std::optional<FileTime> fileTime_;
 };
 
 } // namespace korvel

@@ -259,8 +259,9 @@ void CEditer::showFileInformation() {
 void CEditer::checkExternalChange() {
     if (path_.isEmpty())
         return;
-    const FileTime now = ReadFileTime(path_);
-    if (!now.isLaterThan(fileTime_))
+    // A time that could not be read before counts as the earliest of all.
+    const std::optional<FileTime> now = ReadFileTime(path_);
+    if (!now || (fileTime_ && *now <= *fileTime_))
         return;
     // Recorded before asking: the question's box takes the activation away and gives it back,
     // and whatever the answer, this change has been offered.
