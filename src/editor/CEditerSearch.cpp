@@ -81,25 +81,21 @@ private:
     QWidget* parent_;
 };
 
-std::u16string_view View(const QString& text) {
-    return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())};
-}
-
 } // namespace
 
 bool CEditer::find(const QString& text, bool towardsStart, bool ignoreCase, FindMode mode) {
     ActiveControlTarget target(*this);
-    return SearchEngine(target).find(View(text), towardsStart, ignoreCase, mode);
+    return SearchEngine(target).find(Utf16View(text), towardsStart, ignoreCase, mode);
 }
 
 bool CEditer::replaceAll(const QString& text, const QString& replacement, bool ignoreCase) {
     ActiveControlTarget target(*this);
-    return SearchEngine(target).replaceAll(View(text), View(replacement), ignoreCase);
+    return SearchEngine(target).replaceAll(Utf16View(text), Utf16View(replacement), ignoreCase);
 }
 
 bool CEditer::replaceOne(const QString& text, const QString& replacement, bool ignoreCase) {
     ActiveControlTarget target(*this);
-    return SearchEngine(target).replaceOne(View(text), View(replacement), ignoreCase);
+    return SearchEngine(target).replaceOne(Utf16View(text), Utf16View(replacement), ignoreCase);
 }
 
 QString CEditer::selectedText() const {

@@ -18,10 +18,6 @@ namespace {
 
 const QString kPlainTextMimeType = QStringLiteral("text/plain");
 
-std::u16string_view View(const QString& text) {
-    return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<size_t>(text.size())};
-}
-
 // Text from other programs breaks lines with CR LF, CR or LF alike; here each is a line break.
 std::u16string WithLineBreaks(std::u16string_view text) {
     std::u16string result;
@@ -47,7 +43,7 @@ std::u16string TextFromMimeData(const QMimeData& source) {
         return text;
     }
     if (source.hasFormat(kPlainTextMimeType))
-        return WithLineBreaks(View(source.text()));
+        return WithLineBreaks(Utf16View(source.text()));
     return {};
 }
 
@@ -153,8 +149,8 @@ void EditControl::keyPressEvent(QKeyEvent* event) {
         QPlainTextEdit::keyPressEvent(&enter);
         return;
     }
-    if (typing && NeedsMarks(View(text))) {
-        insertAtSelection(View(text));
+    if (typing && NeedsMarks(Utf16View(text))) {
+        insertAtSelection(Utf16View(text));
         return;
     }
     QPlainTextEdit::keyPressEvent(event);
@@ -175,7 +171,7 @@ void EditControl::inputMethodEvent(QInputMethodEvent* event) {
         event->accept();
         return;
     }
-    if (!NeedsMarks(View(commit))) {
+    if (!NeedsMarks(Utf16View(commit))) {
         QPlainTextEdit::inputMethodEvent(event);
         return;
     }
@@ -183,7 +179,7 @@ void EditControl::inputMethodEvent(QInputMethodEvent* event) {
     withoutCommit.setCommitString(QString(), event->replacementStart(), event->replacementLength());
     QPlainTextEdit::inputMethodEvent(&withoutCommit);
     event->accept();
-    insertAtSelection(View(commit));
+    insertAtSelection(Utf16View(commit));
 }
 
 void EditControl::dropEvent(QDropEvent* event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 #include <string>
 #include <string_view>
@@ -9,6 +10,11 @@ class QTextCursor;
 class QTextDocument;
 
 namespace korvel {
+
+// A QString's UTF-16 as the text functions below take it, without a copy.
+inline std::u16string_view Utf16View(const QString& text) {
+    return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())};
+}
 
 // The editor keeps the file's text in a QTextDocument, which stores paragraphs and takes every
 // CR, LF, U+2029, U+FDD0 and U+FDD1 for a paragraph break; U+2028 breaks the line on screen

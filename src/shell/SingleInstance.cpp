@@ -68,8 +68,7 @@ InstanceClaim ClaimInstance(const QString& socketPath) {
 }
 
 bool HandOver(QLocalSocket& running, const QString& path, int timeoutMs) {
-    const std::vector<std::byte> record = MakeHandoverRecord(std::u16string_view(
-        reinterpret_cast<const char16_t*>(path.utf16()), static_cast<std::size_t>(path.size())));
+    const std::vector<std::byte> record = MakeHandoverRecord(path.toStdU16String());
     running.write(reinterpret_cast<const char*>(record.data()), static_cast<qint64>(record.size()));
     if (!running.waitForBytesWritten(timeoutMs))
         return false;
