@@ -4,7 +4,6 @@
 #include "FuzzCheck.h"
 #include "settings/SettingsStore.h"
 
-#include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

@@ -16,7 +16,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QClipboard>
 #include <QDesktopServices>
 #include <QFile>
 #include <QHash>
@@ -26,7 +25,6 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTextDocument>
 #include <gtest/gtest.h>
 #include <memory>
 

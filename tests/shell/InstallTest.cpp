@@ -3,7 +3,6 @@
 #include "shell/CMainFrame.h"
 #include "shell/HelpPage.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
