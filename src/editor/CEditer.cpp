@@ -231,18 +231,22 @@ void CEditer::undo() {
 
 void CEditer::copy() {
     activeControl()->copy();
+    record({RecordedAction::Copy});
 }
 
 void CEditer::cut() {
     activeControl()->cut();
+    record({RecordedAction::Cut});
 }
 
 void CEditer::paste() {
     activeControl()->paste();
+    record({RecordedAction::Paste});
 }
 
 void CEditer::selectAll() {
     activeControl()->selectAll();
+    record({RecordedAction::SelectAll});
 }
 
 void CEditer::checkTextSize() {

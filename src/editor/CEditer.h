@@ -118,6 +118,21 @@ public:
     // "ジャンプ...": asks for a line and goes there.
     void jump();
 
+    // Caret and selection moves within the file's lines, for the macro commands.
+    enum class LinePart { Whole, BeforeCaret, AfterCaret };
+    // Selects the caret's line without its line break, or its part before or after the caret.
+    void selectLinePart(LinePart part);
+    // Ends the selection with the caret at its start or at its end.
+    void collapseSelection(bool atStart);
+    void goToTextStart();
+    void goToTextEnd();
+    // The start of the first row on screen.
+    void goToFirstVisibleLine();
+    // Moves the caret by lines from its line, stopping at the first and the last.
+    void goToLineRelative(int offset);
+    // Puts text (CR LF between lines) in place of the selection as typing does.
+    void typeText(const QString& text);
+
     // The macro recorder's seam: the finds and replaces that the user starts pass through
     // record() to the recorder, when there is one.
     using Recorder = std::function<void(const RecordedCommand&)>;

@@ -132,6 +132,7 @@ bool CEditer::openPath(const QString& path) {
     if (!loadDocument(path, encoding, lineEnding))
         return false;
     adoptDocument(path, encoding, lineEnding);
+    record({RecordedAction::Open, path});
     return true;
 }
 
@@ -172,6 +173,7 @@ bool CEditer::openWithDialog() {
         return false;
     adoptDocument(path, encoding, lineEnding);
     emit fileUsed(path);
+    record({RecordedAction::Open, path});
     return true;
 }
 
@@ -188,7 +190,10 @@ bool CEditer::saveDocument(const QString& path, TextEncoding encoding, LineEndin
 bool CEditer::save() {
     if (path_.isEmpty())
         return saveAs();
-    return saveDocument(path_, encoding_, lineEnding_);
+    if (!saveDocument(path_, encoding_, lineEnding_))
+        return false;
+    record({RecordedAction::Save, QString(), QString(), 1});
+    return true;
 }
 
 bool CEditer::saveAs() {
@@ -227,6 +232,7 @@ bool CEditer::saveAs() {
         return false;
     openDocuments_.RegisterOpenDocument(path);
     adoptDocument(path, encoding, lineEnding);
+    record({RecordedAction::Save, path});
     return true;
 }
 
@@ -236,6 +242,7 @@ bool CEditer::newDocument() {
     replaceText(std::u16string_view());
     openDocuments_.UnregisterOpenDocument();
     adoptDocument(QString(), TextEncoding::ShiftJis, LineEnding::CrLf);
+    record({RecordedAction::NewFile});
     return true;
 }
 

@@ -129,8 +129,10 @@ void CEditer::goToLine(int line) {
 
 void CEditer::jump() {
     const std::optional<int> line = RunJumpDialog(caretLine() + 1, lineCount(), window());
-    if (line)
-        goToLine(*line - 1);
+    if (!line)
+        return;
+    goToLine(*line - 1);
+    record({RecordedAction::GoToLine, QString(), QString(), *line});
 }
 
 } // namespace korvel

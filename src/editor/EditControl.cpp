@@ -86,6 +86,15 @@ bool EditControl::canPaste() const {
     return data && canInsertFromMimeData(data);
 }
 
+void EditControl::typeText(std::u16string_view text) {
+    if (isReadOnly())
+        return;
+    if (fits(static_cast<qsizetype>(text.size())))
+        insertAtSelection(text);
+    else
+        refuseInput();
+}
+
 bool EditControl::event(QEvent* event) {
     // The edit keys are the window's: a control that claimed them would copy, paste or undo
     // past the commands, and past whatever records or routes them. Where no command has the

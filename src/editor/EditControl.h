@@ -31,6 +31,9 @@ public:
 
     // True when the clipboard holds text (the Paste command's enable rule).
     bool canPaste() const;
+    // Puts text (CR LF between lines) in place of the selection as one undo step, as typing
+    // does: refused with a beep when it would pass the text limit.
+    void typeText(std::u16string_view text);
 
 signals:
     // Input was refused or cut at the text limit.
