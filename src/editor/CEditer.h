@@ -81,8 +81,8 @@ public:
     bool loadDocument(const QString& path, TextEncoding& encoding, LineEnding& lineEnding,
                       bool checkOpenElsewhere = true);
     // Opens a path given from outside (command line, another start, macros): checks the path,
-    // asks about unsaved changes, detects the code set.
-    bool openPath(const QString& path);
+    // asks about unsaved changes (unless told not to), detects the code set.
+    bool openPath(const QString& path, bool askAboutChanges = true);
     // "開く...": the Open dialog, then as openPath with the chosen code set.
     bool openWithDialog();
     // Writes the text to path; on success the text counts as saved.
@@ -91,8 +91,11 @@ public:
     bool save();
     // "名前を付けて保存...": the Save dialog with its code set and line-ending choices.
     bool saveAs();
-    // "新規作成": asks about unsaved changes, then empties the view.
-    bool newDocument();
+    // Saves under path, which becomes the document's file.
+    bool saveAsPath(const QString& path, TextEncoding encoding, LineEnding lineEnding);
+    // "新規作成": asks about unsaved changes (unless told not to), then empties the view. A
+    // path names the file the new text will be saved to.
+    bool newDocument(bool askAboutChanges = true, const QString& path = {});
     // "プロパティ...": the file information dialog, whose code set and line ending the next
     // save uses.
     void showFileInformation();

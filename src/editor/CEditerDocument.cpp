@@ -114,7 +114,7 @@ bool CEditer::maySetTextAside() {
     }
 }
 
-bool CEditer::openPath(const QString& path) {
+bool CEditer::openPath(const QString& path, bool askAboutChanges) {
     switch (ExaminePath(path)) {
     case PathKind::Missing:
         ShowPathMessage(kMessageCannotAccess, path, window());
@@ -125,7 +125,7 @@ bool CEditer::openPath(const QString& path) {
     case PathKind::File:
         break;
     }
-    if (!maySetTextAside())
+    if (askAboutChanges && !maySetTextAside())
         return false;
     TextEncoding encoding = TextEncoding::AutoDetect;
     LineEnding lineEnding = LineEnding::CrLf;
@@ -227,7 +227,10 @@ bool CEditer::saveAs() {
     const LineEnding lineEnding = lineChoice >= 0 && lineChoice <= static_cast<int>(LineEnding::Lf)
                                       ? static_cast<LineEnding>(lineChoice)
                                       : lineEnding_;
-    const QString path = request.path();
+    return saveAsPath(request.path(), encoding, lineEnding);
+}
+
+bool CEditer::saveAsPath(const QString& path, TextEncoding encoding, LineEnding lineEnding) {
     if (!saveDocument(path, encoding, lineEnding))
         return false;
     openDocuments_.RegisterOpenDocument(path);
@@ -236,12 +239,12 @@ bool CEditer::saveAs() {
     return true;
 }
 
-bool CEditer::newDocument() {
-    if (!maySetTextAside())
+bool CEditer::newDocument(bool askAboutChanges, const QString& path) {
+    if (askAboutChanges && !maySetTextAside())
         return false;
     replaceText(std::u16string_view());
     openDocuments_.UnregisterOpenDocument();
-    adoptDocument(QString(), TextEncoding::ShiftJis, LineEnding::CrLf);
+    adoptDocument(path, TextEncoding::ShiftJis, LineEnding::CrLf);
     record({RecordedAction::NewFile});
     return true;
 }

@@ -98,16 +98,14 @@ void MacroRecorder::addKey(const QKeyEvent& key) {
 
 void MacroRecorder::addCharacters(QStringView text, bool ctrl, bool alt) {
     for (qsizetype i = 0; i < text.size(); ++i) {
+        std::optional<QString> quoted;
         // A character beyond the basic plane is one character of two units.
         if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-            MacroCommand command{MacroCommandCode::Type, u'"' + text.mid(i, 2) + u'"'};
-            command.ctrl = ctrl;
-            command.alt = alt;
-            commands_.push_back(std::move(command));
+            quoted = u'"' + text.mid(i, 2) + u'"';
             ++i;
-            continue;
+        } else {
+            quoted = QuotedCharacter(text[i]);
         }
-        std::optional<QString> quoted = QuotedCharacter(text[i]);
         if (!quoted)
             continue;
         MacroCommand command{MacroCommandCode::Type, std::move(*quoted)};

@@ -13,6 +13,7 @@
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/HelpPage.h"
+#include "shell/MacroSession.h"
 #include "shell/Menus.h"
 #include "shell/RecentFileList.h"
 #include "shell/SearchBars.h"
@@ -37,6 +38,7 @@ namespace {
 
 constexpr int kUntitledTitle = 35032;
 constexpr int kMessageMacroPlaying = 40008;
+constexpr int kStopRecordingText = 35001;
 constexpr int kMessageCannotTakeFile = 40013;
 
 // "マクロファイル選択": the browse dialog on macro files, starting beside the current choice,
@@ -96,6 +98,7 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     layout->addWidget(view_, 1);
     setCentralWidget(centre);
     searchBars_ = new SearchBars(*view_, *barArea_);
+    macros_ = new MacroSession(*view_, store, this);
 
     addCommands();
     // The sheet writes the store; the view reads it again at once. The browse dialog reads
@@ -194,10 +197,12 @@ void CMainFrame::addCommands() {
 
     table.add(command::FileProperties, text(command::FileProperties),
               {[view] { view->showFileInformation(); }});
-    // Their behaviour comes with the macros.
-    for (int id :
-         {command::MacroRecord, command::MacroPlay, command::MacroLoad, command::MacroSave})
-        table.addUnavailable(id, text(id));
+    macros_->addCommands(table);
+    connect(macros_, &MacroSession::stateChanged, this, &CMainFrame::updateMacroLabels);
+    // The loaded macro's tooltip is the play command's.
+    connect(macros_, &MacroSession::tooltipChanged, this, [this](const QString& tooltip) {
+        commands_->action(command::MacroPlay)->setToolTip(tooltip);
+    });
 }
 
 bool CMainFrame::openPath(const QString& path) {
@@ -239,9 +244,9 @@ void CMainFrame::openRecentFile(int index) {
 }
 
 QMenu* CMainFrame::showContextMenu(QPoint position) {
-    const bool recording = macroRecording_ && macroRecording_();
     commands_->updateStates();
-    QMenu* menu = BuildContextMenu(*commands_, view_->hasSelection(), recording, this);
+    QMenu* menu =
+        BuildContextMenu(*commands_, view_->hasSelection(), macros_->isRecording(), this);
     // The position is taken from the window's top-left corner, not the control's, so the menu
     // stands off the pen by the control's distance from that corner.
     menu->popup(mapToGlobal(position));
@@ -269,9 +274,11 @@ void CMainFrame::popUpMainMenu() {
     mainMenu_->popup(mapToGlobal(QPoint(0, view_->height())));
 }
 
-void CMainFrame::setMacroState(std::function<bool()> playing, std::function<bool()> recording) {
-    macroPlaying_ = std::move(playing);
-    macroRecording_ = std::move(recording);
+void CMainFrame::updateMacroLabels() {
+    commands_->action(command::MacroRecord)
+        ->setText(macros_->isRecording() ? LoadString(kStopRecordingText)
+                                         : MainMenuText(command::MacroRecord));
+    commands_->updateStates();
 }
 
 void CMainFrame::updateTitle() {
@@ -282,7 +289,7 @@ void CMainFrame::updateTitle() {
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {
-    if (macroPlaying_ && macroPlaying_()) {
+    if (macros_->isPlaying()) {
         MessageRequest request;
         request.id = kMessageMacroPlaying;
         request.icon = MessageIcon::Stop;

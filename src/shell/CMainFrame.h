@@ -10,6 +10,7 @@ namespace korvel {
 
 class CEditer;
 class CommandTable;
+class MacroSession;
 class RecentFileList;
 class SearchBars;
 class SettingsStore;
@@ -29,6 +30,7 @@ public:
     // Where the find and replace bars stand, above the view; hidden while no bar shows.
     QWidget* barArea() const { return barArea_; }
     SearchBars& searchBars() const { return *searchBars_; }
+    MacroSession& macros() const { return *macros_; }
 
     // Opens a path given from outside (command line, another start) and lists it as recently
     // used.
@@ -47,10 +49,6 @@ public:
     // F1: the help page in the desktop's browser, or a message that says where it is.
     void showHelpPage();
 
-    // Seams for the macros, which arrive later: whether a macro is playing (closing is refused
-    // then) and whether one is being recorded (the menus say so).
-    void setMacroState(std::function<bool()> playing, std::function<bool()> recording);
-
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -59,6 +57,7 @@ private:
     void addCommands();
     void openRecentFile(int index);
     void updateTitle();
+    void updateMacroLabels();
 
     CommandTable* commands_;
     std::unique_ptr<RecentFileList> recentFiles_;
@@ -66,8 +65,7 @@ private:
     QWidget* barArea_;
     SearchBars* searchBars_;
     QMenu* mainMenu_;
-    std::function<bool()> macroPlaying_;
-    std::function<bool()> macroRecording_;
+    MacroSession* macros_;
     bool checkingActivation_ = false;
 };
 

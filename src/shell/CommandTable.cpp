@@ -17,12 +17,6 @@ QAction* CommandTable::add(int id, const QString& text, Handlers handlers) {
     return action;
 }
 
-QAction* CommandTable::addUnavailable(int id, const QString& text) {
-    QAction* action = add(id, text, {{}, [] { return false; }, {}});
-    action->setEnabled(false);
-    return action;
-}
-
 QAction* CommandTable::action(int id) const {
     const auto found = commands_.find(id);
     return found == commands_.end() ? nullptr : found->second.action;

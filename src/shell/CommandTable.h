@@ -27,9 +27,6 @@ public:
 
     // Adds a command; text is its menu text, a tab before the key name it shows.
     QAction* add(int id, const QString& text, Handlers handlers);
-    // Adds a command whose behaviour arrives with a later part of the program: it is listed
-    // and shown, and stays disabled.
-    QAction* addUnavailable(int id, const QString& text);
 
     // The command's action; nullptr for an id that is not in the table.
     QAction* action(int id) const;

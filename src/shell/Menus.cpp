@@ -1,5 +1,6 @@
 #include "shell/Menus.h"
 
+#include "messages/StringTable.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/RecentFileList.h"
@@ -114,7 +115,7 @@ constexpr MenuText kSelectionMenu[] = {
     {HelpTopics, u"ヘルプ トピック(&H)..."},
 };
 
-constexpr char16_t kStopRecordingText[] = u"記録終了(&R)\tShift+Ctrl+R";
+constexpr int kStopRecordingText = 35001;
 
 constexpr auto kCtrl = Qt::ControlModifier;
 constexpr auto kShift = Qt::ShiftModifier;
@@ -225,8 +226,9 @@ QMenu* BuildContextMenu(CommandTable& commands, bool withSelection, bool recordi
             menu->addSeparator();
             continue;
         }
-        const char16_t* text = item.id == MacroRecord && recording ? kStopRecordingText : item.text;
-        QAction* action = menu->addAction(QString::fromUtf16(text));
+        QAction* action = menu->addAction(item.id == MacroRecord && recording
+                                              ? LoadString(kStopRecordingText)
+                                              : QString::fromUtf16(item.text));
         action->setData(item.id);
         action->setEnabled(commands.isEnabled(item.id));
         const int id = item.id;

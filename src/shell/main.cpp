@@ -3,6 +3,7 @@
 #include "shell/AppIcon.h"
 #include "shell/Association.h"
 #include "shell/CMainFrame.h"
+#include "shell/MacroSession.h"
 #include "shell/SingleInstance.h"
 #include "shell/StartupArguments.h"
 
@@ -97,6 +98,7 @@ int main(int argc, char* argv[]) {
         receiver = std::make_unique<korvel::HandoverReceiver>(
             std::move(claim.server),
             [&frame](const QString& path) { frame.receiveHandover(path); });
+    frame.macros().loadAtStartup();
     korvel::StartupAssociationCheck(&frame);
     return QApplication::exec();
 }

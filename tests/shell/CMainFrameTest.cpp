@@ -139,7 +139,7 @@ TEST_F(CMainFrameTest, ContextMenuFollowsTheSelectionAndTheRecorder) {
     EXPECT_FALSE(idle.contains(command::EditCopy));
 
     frame_->view()->selectAll();
-    frame_->setMacroState([] { return false; }, [] { return true; });
+    frame_->commands().run(command::MacroRecord);
     QMenu* with = frame_->showContextMenu(QPoint(5, 5));
     const auto selected = byId(*with);
     EXPECT_NE(with->title(), without->title());
@@ -359,20 +359,6 @@ TEST_F(CMainFrameTest, ClosingAChangedTextAsksAndHonoursTheAnswer) {
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(file.readAll(), QByteArray("new old"));
     }
-}
-
-TEST_F(CMainFrameTest, ClosingWhileAMacroPlaysIsRefused) {
-    bool playing = true;
-    frame_->setMacroState([&playing] { return playing; }, [] { return false; });
-    type(QStringLiteral("x"));
-    {
-        ScriptedMessageService messages{Answer::Ok};
-        EXPECT_FALSE(frame_->close());
-        EXPECT_EQ(messages.shownIds(), QList<int>{40008});
-    }
-    playing = false;
-    ScriptedMessageService messages{Answer::No};
-    EXPECT_TRUE(frame_->close());
 }
 
 } // namespace
