@@ -1,12 +1,18 @@
 #include "korvelmacro/CommandLine.h"
 
+#include "korvelmacro/MacroRun.h"
 #include "macro/MacroChecker.h"
 #include "macro/MacroFile.h"
 #include "macro/MacroWriter.h"
 #include "messages/MessageFormat.h"
 #include "messages/StringTable.h"
+#include "settings/SettingsStore.h"
 
+#include <QApplication>
+#include <QFile>
 #include <QLatin1StringView>
+#include <QSettings>
+#include <QTemporaryDir>
 #include <algorithm>
 #include <cstdio>
 #include <limits>
@@ -78,6 +84,43 @@ int List(const QStringList& files) {
     return kExitLoaded;
 }
 
+// The user's settings (fonts, tab width, code-set choices) without touching them: the window
+// writes its own settings back when it closes, and a batch run must leave no trace.
+std::unique_ptr<SettingsStore> CopyOfUserSettings(const QTemporaryDir& folder) {
+    const QString copy = folder.filePath(QStringLiteral("settings.ini"));
+    QFile::copy(QSettings(QSettings::IniFormat, QSettings::UserScope,
+                          QStringLiteral("Harrow Apps"), QStringLiteral("Korvelエディタ"))
+                    .fileName(),
+                copy);
+    QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
+    return std::make_unique<SettingsStore>(copy);
+}
+
+int Run(const QStringList& arguments) {
+    const bool show = arguments.front() == u"--show";
+    const QStringList files = arguments.mid(show ? 1 : 0);
+    if (files.size() < 2) {
+        ReportError(QStringLiteral("run needs a macro and at least one file; see korvelmacro --help"));
+        return kExitUnreadable;
+    }
+    const std::optional<CheckedMacro> macro = Load(files.front());
+    if (!macro)
+        return kExitUnreadable;
+    Write(stderr, ReportLines(*macro));
+    if (macro->hasError)
+        return kExitMacroError;
+    if (!show)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    static char name[] = "korvelmacro";
+    static char* argv[] = {name, nullptr};
+    int argc = 1;
+    QApplication application(argc, argv);
+    QTemporaryDir settingsFolder;
+    const std::unique_ptr<SettingsStore> store = CopyOfUserSettings(settingsFolder);
+    return RunMacroOverFiles(macro->commands, files.mid(1), *store) ? kExitLoaded
+                                                                     : kExitMacroError;
+}
+
 struct SubCommand {
     QLatin1StringView name;
     qsizetype minFiles, maxFiles;
@@ -87,6 +130,7 @@ struct SubCommand {
 constexpr SubCommand kSubCommands[] = {
     {QLatin1StringView("check"), 1, kAnyCount, Check},
     {QLatin1StringView("list"), 1, 1, List},
+    {QLatin1StringView("run"), 1, kAnyCount, Run},
 };
 
 } // namespace
@@ -119,6 +163,7 @@ int RunCommandLine(const QStringList& arguments) {
 QString UsageText() {
     return QStringLiteral(R"(Usage: korvelmacro check FILE...
        korvelmacro list FILE
+       korvelmacro run [--show] MACRO FILE...
        korvelmacro --help
 
 Reads macro files (.mcr) exactly as KorvelEdit loads them.
@@ -129,11 +174,20 @@ Reads macro files (.mcr) exactly as KorvelEdit loads them.
                  "==> FILE <==".
   list FILE      print the file's commands as the editor writes them, one per line, when it
                  loads; the errors and warnings go to standard error.
+  run MACRO FILE...
+                 open each FILE in an editor window of its own (not shown; --show shows
+                 it), play MACRO to its end, and save the file in its own code set and line
+                 ending when the macro changed it and did not save it. Message boxes are
+                 printed to standard error as "[id] text" and answered with their default
+                 button. A file that fails (cannot be opened, an error box while playing, a
+                 failed save) is left as it was, and the next file goes on. The user's
+                 settings are read, never written.
   --help         show this help
 
 Output is UTF-8 with LF line ends.
-Exit status: 0 every file loads (warnings allowed), 1 a macro has an error,
-2 a file cannot be read or the command line is wrong (2 wins over 1).
+Exit status: 0 every file loads (warnings allowed) or, for run, every file ran; 1 a macro
+has an error, or a file failed to run; 2 a file cannot be read or the command line is wrong
+(2 wins over 1).
 )");
 }
 
