@@ -111,6 +111,12 @@ int Run(const QStringList& arguments) {
         return kExitMacroError;
     if (!show)
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Standard error carries the message boxes; the toolkit's notes about the platform would
+    // only bury them.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtCriticalMsg || type == QtFatalMsg)
+            Write(stderr, text + u'\n');
+    });
     static char name[] = "korvelmacro";
     static char* argv[] = {name, nullptr};
     int argc = 1;

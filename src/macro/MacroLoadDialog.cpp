@@ -17,7 +17,6 @@ void ShowMacroLoadReport(const QString& report, QWidget* parent) {
     auto* text = new QPlainTextEdit(&dialog);
     text->setObjectName(QStringLiteral("report"));
     text->setReadOnly(true);
-    text->setLineWrapMode(QPlainTextEdit::NoWrap);
     text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     QString shown = report;
     shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));

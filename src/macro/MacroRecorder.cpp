@@ -101,7 +101,7 @@ void MacroRecorder::addCharacters(QStringView text, bool ctrl, bool alt) {
         std::optional<QString> quoted;
         // A character beyond the basic plane is one character of two units.
         if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-            quoted = u'"' + text.mid(i, 2) + u'"';
+            quoted = u'"' + text.mid(i, 2).toString() + u'"';
             ++i;
         } else {
             quoted = QuotedCharacter(text[i]);

@@ -6,6 +6,8 @@
 #include <functional>
 #include <vector>
 
+class QKeyEvent;
+
 namespace korvel {
 
 // While recording, turns what the user does into macro commands: the named keys and the typed

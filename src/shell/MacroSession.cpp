@@ -180,6 +180,8 @@ void MacroSession::play() {
         return;
     // A dialog that the macro opens could load or record another macro: play a copy.
     const std::vector<MacroCommand> commands = commands_;
+    // The keys are the text's, even when a bar's box had the focus when play was chosen.
+    view_.activeControl()->setFocus();
     player_->play(commands, *target_);
     target_->enableUserInput();
     emit stateChanged();
