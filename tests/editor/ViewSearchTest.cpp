@@ -6,7 +6,7 @@
 #include "editor/FileInfoDialog.h"
 #include "editor/JumpDialog.h"
 #include "messages/testing/ScriptedMessageService.h"
-#include "settings/SettingsStore.h"
+#include "support/WindowTest.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -14,15 +14,12 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSlider>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
-#include <QTimer>
 #include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <memory>
 #include <sys/stat.h>
 
 namespace korvel {
@@ -30,35 +27,15 @@ namespace {
 
 using Answer = MessageAnswer;
 
-// Runs act on the modal dialog of type T once it shows.
-template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
-    QTimer::singleShot(0, [act] {
-        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        act(*dialog);
-    });
-}
+using testing::WhenDialogShows;
 
-class ViewSearchTest : public ::testing::Test {
+class ViewSearchTest : public testing::WindowTest<CEditer> {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
-        view_ = std::make_unique<CEditer>(*store_);
-        view_->resize(400, 300);
-        view_->show();
+    QString writeFile(const QByteArray& bytes) const {
+        return WindowTest::writeFile(QStringLiteral("text.txt"), bytes);
     }
-
-    QString writeFile(const QByteArray& bytes) {
-        const QString path = dir_.filePath(QStringLiteral("text.txt"));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return path;
-    }
-
     void setText(const QString& text) {
-        SetEditorText(*view_->document(), text.toStdU16String());
+        SetEditorText(*window_->document(), text.toStdU16String());
         control()->moveCursor(QTextCursor::Start);
     }
     // Lines "line 1" to "line n".
@@ -69,12 +46,8 @@ protected:
         setText(lines.join(QStringLiteral("\r\n")));
     }
 
-    EditControl* control() const { return view_->activeControl(); }
+    EditControl* control() const { return window_->activeControl(); }
     int topLine() const { return control()->cursorForPosition(QPoint(0, 0)).blockNumber(); }
-
-    QTemporaryDir dir_;
-    std::unique_ptr<SettingsStore> store_;
-    std::unique_ptr<CEditer> view_;
 };
 
 // The engine counts a line break as two characters, the control as one: a match after breaks,
@@ -82,11 +55,11 @@ protected:
 TEST_F(ViewSearchTest, FindSelectsTheMatchAcrossLineBreaks) {
     ScriptedMessageService messages;
     setText(QStringLiteral("ab\r\ncd\r\nab\r\ncd"));
-    EXPECT_TRUE(view_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
-    EXPECT_EQ(view_->selectedText(), QStringLiteral("b\r\nc"));
-    EXPECT_TRUE(view_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
+    EXPECT_TRUE(window_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
+    EXPECT_EQ(window_->selectedText(), QStringLiteral("b\r\nc"));
+    EXPECT_TRUE(window_->find(QStringLiteral("b\r\nc"), false, false, FindMode::Plain));
     EXPECT_EQ(control()->textCursor().selectionStart(), 7);
-    EXPECT_TRUE(view_->find(QStringLiteral("ab"), true, false, FindMode::Plain));
+    EXPECT_TRUE(window_->find(QStringLiteral("ab"), true, false, FindMode::Plain));
     EXPECT_EQ(control()->textCursor().selectionStart(), 6);
 }
 
@@ -95,9 +68,9 @@ TEST_F(ViewSearchTest, FindSelectsTheMatchAcrossLineBreaks) {
 TEST_F(ViewSearchTest, AMatchScrolledToStandsFiveLinesDown) {
     ScriptedMessageService messages;
     setLines(300);
-    EXPECT_TRUE(view_->find(QStringLiteral("line 3\r\n"), false, false, FindMode::Plain));
+    EXPECT_TRUE(window_->find(QStringLiteral("line 3\r\n"), false, false, FindMode::Plain));
     EXPECT_EQ(topLine(), 0);
-    EXPECT_TRUE(view_->find(QStringLiteral("line 200"), false, false, FindMode::Plain));
+    EXPECT_TRUE(window_->find(QStringLiteral("line 200"), false, false, FindMode::Plain));
     EXPECT_EQ(control()->textCursor().blockNumber() - topLine(), 5);
 }
 
@@ -106,12 +79,12 @@ TEST_F(ViewSearchTest, ReplaceAllIsOneUndoStep) {
     const QString before = QStringLiteral("a\r\nb a\r\na");
     setText(before);
     ScriptedMessageService messages{Answer::Ok};
-    EXPECT_TRUE(view_->replaceAll(QStringLiteral("a\r\n"), QStringLiteral("x"), false));
-    EXPECT_EQ(EditorText(*view_->document()), u"xb xa");
-    EXPECT_TRUE(view_->isModified());
-    view_->undo();
-    EXPECT_EQ(QString::fromStdU16String(EditorText(*view_->document())), before);
-    EXPECT_FALSE(view_->document()->isUndoAvailable());
+    EXPECT_TRUE(window_->replaceAll(QStringLiteral("a\r\n"), QStringLiteral("x"), false));
+    EXPECT_EQ(EditorText(*window_->document()), u"xb xa");
+    EXPECT_TRUE(window_->isModified());
+    window_->undo();
+    EXPECT_EQ(QString::fromStdU16String(EditorText(*window_->document())), before);
+    EXPECT_FALSE(window_->document()->isUndoAvailable());
 }
 
 // Jump: the caret at the start of the line, the line 3 rows below the top; lines are the
@@ -121,16 +94,16 @@ TEST_F(ViewSearchTest, JumpPutsTheLineThreeRowsDown) {
     for (int i = 1; i <= 300; ++i)
         lines << QStringLiteral("line %1 ").arg(i).repeated(i % 3 == 0 ? 20 : 1);
     setText(lines.join(QStringLiteral("\r\n")));
-    QTextCursor selection(view_->document()->findBlockByNumber(2));
+    QTextCursor selection(window_->document()->findBlockByNumber(2));
     selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
     control()->setTextCursor(selection);
-    EXPECT_EQ(view_->caretLine(), 2); // the selection's start
-    EXPECT_EQ(view_->lineCount(), 300);
+    EXPECT_EQ(window_->caretLine(), 2); // the selection's start
+    EXPECT_EQ(window_->lineCount(), 300);
     WhenDialogShows<JumpDialog>([](JumpDialog& dialog) {
         dialog.lineEdit()->setText(QStringLiteral("150"));
         dialog.accept();
     });
-    view_->jump();
+    window_->jump();
     const QTextCursor caret = control()->textCursor();
     EXPECT_EQ(caret.blockNumber(), 149);
     EXPECT_EQ(caret.positionInBlock(), 0);
@@ -178,15 +151,15 @@ TEST(JumpDialog, TicksFollowTheLineCountAndOnlyALineIsTaken) {
 
 TEST_F(ViewSearchTest, FileInformationChangesWhatTheNextSaveWrites) {
     const QString path = writeFile(QByteArray("abc\r\n"));
-    ASSERT_TRUE(view_->openPath(path));
+    ASSERT_TRUE(window_->openPath(path));
     // No change: no message, not modified.
     WhenDialogShows<FileInfoDialog>([&](FileInfoDialog& dialog) {
         EXPECT_EQ(dialog.pathText(), path);
         EXPECT_EQ(dialog.sizeText(), QStringLiteral("5 バイト"));
         dialog.accept();
     });
-    view_->showFileInformation();
-    EXPECT_FALSE(view_->isModified());
+    window_->showFileInformation();
+    EXPECT_FALSE(window_->isModified());
     // A new line ending and code set: told once, modified, written by the next save.
     ScriptedMessageService messages{Answer::Ok};
     WhenDialogShows<FileInfoDialog>([](FileInfoDialog& dialog) {
@@ -194,11 +167,11 @@ TEST_F(ViewSearchTest, FileInformationChangesWhatTheNextSaveWrites) {
         dialog.lineEndingList()->setCurrentIndex(2); // LF
         dialog.accept();
     });
-    view_->showFileInformation();
+    window_->showFileInformation();
     EXPECT_EQ(messages.shownIds(), QList<int>{30043});
-    EXPECT_TRUE(view_->isModified());
-    EXPECT_EQ(EditorText(*view_->document()), u"abc\r\n");
-    ASSERT_TRUE(view_->save());
+    EXPECT_TRUE(window_->isModified());
+    EXPECT_EQ(EditorText(*window_->document()), u"abc\r\n");
+    ASSERT_TRUE(window_->save());
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), QByteArray("\xEF\xBB\xBF"
@@ -227,8 +200,8 @@ TEST_F(ViewSearchTest, FileInformationListsAndSizes) {
 
 TEST_F(ViewSearchTest, AnOutsideChangeIsOfferedOnceAndReloads) {
     const QString path = writeFile(QByteArray("old\r\n"));
-    ASSERT_TRUE(view_->openPath(path));
-    view_->checkExternalChange(); // unchanged: nothing asked
+    ASSERT_TRUE(window_->openPath(path));
+    window_->checkExternalChange(); // unchanged: nothing asked
     const auto touch = [&](const QByteArray& bytes, int second) {
         writeFile(bytes);
         // Later than the load, to the nanosecond, whatever the clock's resolution.
@@ -238,21 +211,21 @@ TEST_F(ViewSearchTest, AnOutsideChangeIsOfferedOnceAndReloads) {
     touch("new", 1);
     {
         ScriptedMessageService messages{Answer::No};
-        view_->checkExternalChange();
-        view_->checkExternalChange(); // the same change is not offered again
+        window_->checkExternalChange();
+        window_->checkExternalChange(); // the same change is not offered again
         EXPECT_EQ(messages.shownIds(), QList<int>{33038});
     }
-    EXPECT_EQ(EditorText(*view_->document()), u"old\r\n");
+    EXPECT_EQ(EditorText(*window_->document()), u"old\r\n");
     touch("newer\nlf", 2);
     QTest::keyClicks(control(), QStringLiteral("x")); // unsaved changes give way unasked
     ScriptedMessageService messages{Answer::Yes};
-    view_->checkExternalChange();
-    EXPECT_EQ(EditorText(*view_->document()), u"newer\r\nlf");
-    EXPECT_EQ(view_->lineEnding(), LineEnding::Lf); // what the next save writes
-    EXPECT_FALSE(view_->isModified());
+    window_->checkExternalChange();
+    EXPECT_EQ(EditorText(*window_->document()), u"newer\r\nlf");
+    EXPECT_EQ(window_->lineEnding(), LineEnding::Lf); // what the next save writes
+    EXPECT_FALSE(window_->isModified());
     // A file that went away is never offered.
     ASSERT_TRUE(QFile::remove(path));
-    view_->checkExternalChange();
+    window_->checkExternalChange();
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "settings/FontChooser.h"
 #include "settings/SettingsStore.h"
 #include "settings/WrappingCheckBox.h"
+#include "support/WindowTest.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -32,7 +33,6 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -50,14 +50,7 @@ namespace {
 using Answer = MessageAnswer;
 constexpr int kUnwritten = -1;
 
-// Runs act on the modal dialog of type T once it shows.
-template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
-    QTimer::singleShot(0, [act] {
-        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        act(*dialog);
-    });
-}
+using testing::WhenDialogShows;
 
 // Runs act with answer scripted for each box expected, and checks that those boxes showed.
 void ExpectBoxes(const QList<int>& expected, Answer answer, const std::function<void()>& act) {

@@ -8,11 +8,11 @@
 #include "editor/EditorText.h"
 #include "messages/StringTable.h"
 #include "messages/testing/ScriptedMessageService.h"
-#include "settings/SettingsStore.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/HelpPage.h"
 #include "shell/RecentFileList.h"
+#include "support/WindowTest.h"
 
 #include <QAction>
 #include <QApplication>
@@ -23,42 +23,18 @@
 #include <QMouseEvent>
 #include <QPointingDevice>
 #include <QSet>
-#include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
-#include <memory>
 
 namespace korvel {
 namespace {
 
 using Answer = MessageAnswer;
 
-class CMainFrameTest : public ::testing::Test {
+class CMainFrameTest : public testing::WindowTest<CMainFrame> {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
-        frame_ = std::make_unique<CMainFrame>(*store_);
-        frame_->show();
-        frame_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
-    }
-
-    QString writeFile(const QString& name, const QByteArray& bytes) {
-        const QString path = dir_.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return path;
-    }
-
-    void type(const QString& text) { QTest::keyClicks(frame_->view()->activeControl(), text); }
-
-    std::u16string text() const { return EditorText(*frame_->view()->document()); }
-
-    QTemporaryDir dir_;
-    std::unique_ptr<SettingsStore> store_;
-    std::unique_ptr<CMainFrame> frame_;
+    void type(const QString& text) { QTest::keyClicks(window_->view()->activeControl(), text); }
+    std::u16string text() const { return EditorText(*window_->view()->document()); }
 };
 
 // The items of a menu and of its popups, separators and popup entries left out. A popup that
@@ -89,9 +65,9 @@ QKeySequence ShownKey(const QAction& item) {
 // The main menu's items are the commands' own actions, each once, and a key written beside one
 // is a key that runs it. Every command can be reached from the menu or the keyboard.
 TEST_F(CMainFrameTest, MainMenuItemsAreTheCommandsWithKeysThatWork) {
-    const CommandTable& commands = frame_->commands();
+    const CommandTable& commands = window_->commands();
     QSet<int> shown;
-    for (QAction* item : Items(*frame_->mainMenu())) {
+    for (QAction* item : Items(*window_->mainMenu())) {
         const int id = item->data().toInt();
         SCOPED_TRACE(item->text().toStdString());
         EXPECT_EQ(commands.action(id), item);
@@ -134,19 +110,19 @@ TEST_F(CMainFrameTest, ContextMenuFollowsTheSelectionAndTheRecorder) {
         return items;
     };
     type(QStringLiteral("abc"));
-    QMenu* without = frame_->showContextMenu(QPoint(5, 5));
+    QMenu* without = window_->showContextMenu(QPoint(5, 5));
     const auto idle = byId(*without);
     EXPECT_FALSE(idle.contains(command::EditCopy));
 
-    frame_->view()->selectAll();
-    frame_->setMacroState([] { return false; }, [] { return true; });
-    QMenu* with = frame_->showContextMenu(QPoint(5, 5));
+    window_->view()->selectAll();
+    window_->setMacroState([] { return false; }, [] { return true; });
+    QMenu* with = window_->showContextMenu(QPoint(5, 5));
     const auto selected = byId(*with);
     EXPECT_NE(with->title(), without->title());
     EXPECT_NE(selected.value(command::MacroRecord)->text(),
               idle.value(command::MacroRecord)->text());
     for (QAction* item : selected)
-        EXPECT_EQ(item->isEnabled(), frame_->commands().isEnabled(item->data().toInt()))
+        EXPECT_EQ(item->isEnabled(), window_->commands().isEnabled(item->data().toInt()))
             << item->text().toStdString();
     selected.value(command::EditCut)->trigger();
     without->close();
@@ -162,7 +138,7 @@ QMenu* VisiblePopup() {
 }
 
 TEST_F(CMainFrameTest, RightClickMenuKeyAndHoldOpenTheContextMenu) {
-    QWidget* viewport = frame_->view()->activeControl()->viewport();
+    QWidget* viewport = window_->view()->activeControl()->viewport();
     for (QContextMenuEvent::Reason reason :
          {QContextMenuEvent::Mouse, QContextMenuEvent::Keyboard}) {
         QContextMenuEvent request(reason, QPoint(10, 10), viewport->mapToGlobal(QPoint(10, 10)));
@@ -188,22 +164,22 @@ TEST_F(CMainFrameTest, RightClickMenuKeyAndHoldOpenTheContextMenu) {
 
 TEST_F(CMainFrameTest, KeysRunTheirCommands) {
     type(QStringLiteral("hello"));
-    QTest::keyClick(frame_.get(), Qt::Key_W, Qt::ControlModifier);
-    EXPECT_FALSE(frame_->view()->wordWrap());
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_4, Qt::ControlModifier);
-    EXPECT_EQ(frame_->view()->fontSlot(), 3);
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_A, Qt::ControlModifier);
-    EXPECT_TRUE(frame_->view()->hasSelection());
+    QTest::keyClick(window_.get(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(window_->view()->wordWrap());
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_4, Qt::ControlModifier);
+    EXPECT_EQ(window_->view()->fontSlot(), 3);
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(window_->view()->hasSelection());
     // The text keeps the focus across the wrap toggle.
-    EXPECT_TRUE(frame_->view()->activeControl()->hasFocus());
+    EXPECT_TRUE(window_->view()->activeControl()->hasFocus());
     // Ctrl+M: the main menu, from the left edge.
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_M, Qt::ControlModifier);
-    ASSERT_EQ(VisiblePopup(), frame_->mainMenu());
-    EXPECT_EQ(frame_->mainMenu()->pos().x(), frame_->mapToGlobal(QPoint(0, 0)).x());
-    frame_->mainMenu()->close();
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_M, Qt::ControlModifier);
+    ASSERT_EQ(VisiblePopup(), window_->mainMenu());
+    EXPECT_EQ(window_->mainMenu()->pos().x(), window_->mapToGlobal(QPoint(0, 0)).x());
+    window_->mainMenu()->close();
 
     ScriptedMessageService messages{Answer::No};
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_N, Qt::ControlModifier);
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_N, Qt::ControlModifier);
     EXPECT_EQ(messages.shownIds(), QList<int>{30006});
     EXPECT_EQ(text(), u"");
 }
@@ -225,7 +201,7 @@ TEST_F(CMainFrameTest, EditKeysGoThroughTheirCommands) {
         {Qt::CTRL | Qt::Key_Z, command::EditUndo},
         {Qt::ALT | Qt::Key_Backspace, command::EditUndo},
     };
-    EditControl* control = frame_->view()->activeControl();
+    EditControl* control = window_->view()->activeControl();
     for (const auto& row : rows) {
         SCOPED_TRACE(QKeySequence(row.key).toString().toStdString());
         type(QStringLiteral("text"));
@@ -233,7 +209,7 @@ TEST_F(CMainFrameTest, EditKeysGoThroughTheirCommands) {
         QTest::keyClick(control, Qt::Key_Home, Qt::ShiftModifier);
         int runs = 0;
         const QMetaObject::Connection counting = QObject::connect(
-            frame_->commands().action(row.command), &QAction::triggered, [&runs] { ++runs; });
+            window_->commands().action(row.command), &QAction::triggered, [&runs] { ++runs; });
         QTest::keyClick(control, row.key.key(), row.key.keyboardModifiers());
         QObject::disconnect(counting);
         EXPECT_EQ(runs, 1);
@@ -241,7 +217,7 @@ TEST_F(CMainFrameTest, EditKeysGoThroughTheirCommands) {
 
     // The text has no redo: what was undone stays undone.
     ScriptedMessageService messages{Answer::No};
-    frame_->view()->newDocument();
+    window_->view()->newDocument();
     type(QStringLiteral("abc"));
     QTest::keyClick(control, Qt::Key_Z, Qt::ControlModifier);
     const std::u16string undone = text();
@@ -262,7 +238,7 @@ public slots:
 TEST_F(CMainFrameTest, HelpKeyOpensThePageOrSaysWhereItIs) {
     UrlCatcher catcher;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_F1);
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_F1);
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
     ASSERT_EQ(catcher.urls, QList<QUrl>{HelpPageUrl()});
     EXPECT_EQ(catcher.urls.front().fragment(), u"MAIN_CONTENTS");
@@ -271,22 +247,22 @@ TEST_F(CMainFrameTest, HelpKeyOpensThePageOrSaysWhereItIs) {
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", QFile::encodeName(dir_.path()));
     ScriptedMessageService messages{Answer::Ok};
-    QTest::keyClick(frame_->view()->activeControl(), Qt::Key_F1);
+    QTest::keyClick(window_->view()->activeControl(), Qt::Key_F1);
     qputenv("PATH", path);
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_TRUE(messages.shown().front().text.endsWith(HelpPageUrl().toLocalFile()));
 }
 
 TEST_F(CMainFrameTest, TitleNamesTheFileAndMarksUnsavedChangesOnce) {
-    EXPECT_EQ(frame_->windowTitle(), LoadString(35032));
+    EXPECT_EQ(window_->windowTitle(), LoadString(35032));
     const QString path = writeFile(QStringLiteral("メモ.txt"), "memo");
     ScriptedMessageService messages;
-    ASSERT_TRUE(frame_->openPath(path));
-    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt"));
+    ASSERT_TRUE(window_->openPath(path));
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("メモ.txt"));
     type(QStringLiteral("!?"));
-    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt *"));
-    frame_->view()->undo();
-    EXPECT_EQ(frame_->windowTitle(), QStringLiteral("メモ.txt"));
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("メモ.txt *"));
+    window_->view()->undo();
+    EXPECT_EQ(window_->windowTitle(), QStringLiteral("メモ.txt"));
 }
 
 TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
@@ -294,39 +270,39 @@ TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
     QStringList paths;
     for (int index = 0; index < 5; ++index) {
         paths << writeFile(QStringLiteral("f%1.txt").arg(index), "x");
-        ASSERT_TRUE(frame_->openPath(paths.last()));
+        ASSERT_TRUE(window_->openPath(paths.last()));
     }
-    ASSERT_TRUE(frame_->openPath(paths.at(2)));
-    EXPECT_EQ(frame_->recentFiles().paths(),
+    ASSERT_TRUE(window_->openPath(paths.at(2)));
+    EXPECT_EQ(window_->recentFiles().paths(),
               (QStringList{paths.at(2), paths.at(4), paths.at(3), paths.at(1)}));
-    EXPECT_EQ(RecentFileList(*store_).paths(), frame_->recentFiles().paths());
+    EXPECT_EQ(RecentFileList(*store_).paths(), window_->recentFiles().paths());
 
-    emit frame_->mainMenu()->aboutToShow();
-    const QList<QAction*> items = Items(*frame_->mainMenu());
+    emit window_->mainMenu()->aboutToShow();
+    const QList<QAction*> items = Items(*window_->mainMenu());
     ASSERT_GE(items.size(), 4);
     EXPECT_EQ(items[items.size() - 4]->text(), "&1 " + paths.at(2));
-    EXPECT_EQ(items.last(), frame_->commands().action(command::RecentFile1 + 3));
+    EXPECT_EQ(items.last(), window_->commands().action(command::RecentFile1 + 3));
 
     QFile::remove(paths.at(4));
     messages.script({Answer::Ok});
-    frame_->commands().run(command::RecentFile1 + 1);
+    window_->commands().run(command::RecentFile1 + 1);
     EXPECT_EQ(messages.shownIds(), QList<int>{33003});
-    EXPECT_FALSE(frame_->recentFiles().paths().contains(paths.at(4)));
+    EXPECT_FALSE(window_->recentFiles().paths().contains(paths.at(4)));
 
-    frame_->commands().run(command::RecentFile1 + 2);
-    EXPECT_EQ(frame_->view()->path(), paths.at(1));
+    window_->commands().run(command::RecentFile1 + 2);
+    EXPECT_EQ(window_->view()->path(), paths.at(1));
 
     // A file opened through the dialog joins the list; one saved under a new name does not.
-    frame_->view()->setBrowseDialog([this](BrowseRequest& request, QWidget*) {
+    window_->view()->setBrowseDialog([this](BrowseRequest& request, QWidget*) {
         request.folder = dir_.path() + QLatin1Char('/');
         request.names = {QStringLiteral("f0.txt")};
         return true;
     });
-    frame_->commands().run(command::FileOpen);
-    ASSERT_EQ(frame_->recentFiles().paths().value(0), paths.at(0));
-    const QStringList before = frame_->recentFiles().paths();
-    ASSERT_TRUE(frame_->view()->saveAs());
-    EXPECT_EQ(frame_->recentFiles().paths(), before);
+    window_->commands().run(command::FileOpen);
+    ASSERT_EQ(window_->recentFiles().paths().value(0), paths.at(0));
+    const QStringList before = window_->recentFiles().paths();
+    ASSERT_TRUE(window_->view()->saveAs());
+    EXPECT_EQ(window_->recentFiles().paths(), before);
 }
 
 // ---- Closing ----
@@ -335,26 +311,26 @@ TEST_F(CMainFrameTest, ClosingAChangedTextAsksAndHonoursTheAnswer) {
     const QString path = writeFile(QStringLiteral("keep.txt"), "old");
     {
         ScriptedMessageService messages;
-        ASSERT_TRUE(frame_->openPath(path));
+        ASSERT_TRUE(window_->openPath(path));
     }
     type(QStringLiteral("new "));
     {
         // The Exit command closes through the same question.
         ScriptedMessageService messages{Answer::Cancel};
-        frame_->commands().run(command::AppExit);
-        EXPECT_TRUE(frame_->isVisible());
+        window_->commands().run(command::AppExit);
+        EXPECT_TRUE(window_->isVisible());
     }
     {
         // Yes with a save that fails keeps the window open.
         QFile::setPermissions(path, QFile::ReadOwner);
         ScriptedMessageService messages{Answer::Yes, Answer::No};
-        EXPECT_FALSE(frame_->close());
+        EXPECT_FALSE(window_->close());
         EXPECT_EQ(messages.shownIds(), (QList<int>{30006, 33002}));
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
     }
     {
         ScriptedMessageService messages{Answer::Yes};
-        EXPECT_TRUE(frame_->close());
+        EXPECT_TRUE(window_->close());
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(file.readAll(), QByteArray("new old"));
@@ -363,16 +339,16 @@ TEST_F(CMainFrameTest, ClosingAChangedTextAsksAndHonoursTheAnswer) {
 
 TEST_F(CMainFrameTest, ClosingWhileAMacroPlaysIsRefused) {
     bool playing = true;
-    frame_->setMacroState([&playing] { return playing; }, [] { return false; });
+    window_->setMacroState([&playing] { return playing; }, [] { return false; });
     type(QStringLiteral("x"));
     {
         ScriptedMessageService messages{Answer::Ok};
-        EXPECT_FALSE(frame_->close());
+        EXPECT_FALSE(window_->close());
         EXPECT_EQ(messages.shownIds(), QList<int>{40008});
     }
     playing = false;
     ScriptedMessageService messages{Answer::No};
-    EXPECT_TRUE(frame_->close());
+    EXPECT_TRUE(window_->close());
 }
 
 } // namespace

@@ -6,42 +6,36 @@
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
 #include "messages/testing/ScriptedMessageService.h"
-#include "settings/SettingsStore.h"
 #include "shell/BarParts.h"
 #include "shell/CMainFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/FindBar.h"
 #include "shell/ReplaceBar.h"
+#include "support/WindowTest.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextDocument>
 #include <QToolButton>
 #include <gtest/gtest.h>
-#include <memory>
 
 namespace korvel {
 namespace {
 
-class SearchBarsTest : public ::testing::Test {
+class SearchBarsTest : public testing::WindowTest<CMainFrame> {
 protected:
     void SetUp() override {
-        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
-        frame_ = std::make_unique<CMainFrame>(*store_);
-        frame_->show();
-        frame_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
+        WindowTest::SetUp();
         view()->setRecorder([this](const RecordedCommand& command) { recorded_.append(command); });
         SetEditorText(*view()->document(), u"ab\r\ncd ab AB");
         select(0, 4); // "ab\r\nc"
     }
 
-    CEditer* view() const { return frame_->view(); }
-    SearchBars& bars() const { return frame_->searchBars(); }
+    CEditer* view() const { return window_->view(); }
+    SearchBars& bars() const { return window_->searchBars(); }
     FindBar* findBar() const { return bars().findBar(); }
     ReplaceBar* replaceBar() const { return bars().replaceBar(); }
     void key(int keyCode, Qt::KeyboardModifiers modifiers = Qt::ControlModifier) {
@@ -55,9 +49,6 @@ protected:
     }
     QString selected() const { return view()->selectedText(); }
 
-    QTemporaryDir dir_;
-    std::unique_ptr<SettingsStore> store_;
-    std::unique_ptr<CMainFrame> frame_;
     QList<RecordedCommand> recorded_;
 };
 
@@ -72,7 +63,7 @@ TEST_F(SearchBarsTest, FindKeyOpensTheBarWithTheSelectionAndSearches) {
     EXPECT_EQ(recorded_[0].action, RecordedAction::Find);
     EXPECT_EQ(recorded_[0].text, QStringLiteral("ab"));
     // The replace bar takes the find bar's place, the selection in its first box.
-    frame_->commands().run(command::Replace);
+    window_->commands().run(command::Replace);
     EXPECT_FALSE(findBar()->isVisible());
     EXPECT_TRUE(replaceBar()->isVisible());
     EXPECT_EQ(replaceBar()->findEdit()->text(), QStringLiteral("ab"));
@@ -84,7 +75,7 @@ TEST_F(SearchBarsTest, FindKeyOpensTheBarWithTheSelectionAndSearches) {
     EXPECT_TRUE(view()->activeControl()->hasFocus());
     // In an open find bar, Ctrl+B fills an empty box from the selection and searches back; "×"
     // gives the focus back to the text.
-    frame_->commands().run(command::Find);
+    window_->commands().run(command::Find);
     findBar()->textEdit()->clear();
     select(6, 8); // the second "ab"
     key(Qt::Key_B);
@@ -99,7 +90,7 @@ TEST_F(SearchBarsTest, FindKeyOpensTheBarWithTheSelectionAndSearches) {
 // next match instead of replacing this one with a line break.
 TEST_F(SearchBarsTest, EnterInTheBoxSearchesOnAndKeepsTheBox) {
     ScriptedMessageService messages;
-    frame_->commands().run(command::Find);
+    window_->commands().run(command::Find);
     QLineEdit* box = findBar()->textEdit();
     box->setText(QStringLiteral("ab"));
     select(0, 0);
@@ -126,7 +117,7 @@ TEST_F(SearchBarsTest, EmptyBoxesAreRefused) {
     };
     select(0, 0);
     for (const auto& row : rows) {
-        frame_->commands().run(row.opener);
+        window_->commands().run(row.opener);
         view()->activeControl()->setFocus();
         ScriptedMessageService messages{MessageAnswer::Ok};
         row.button->click();
@@ -139,7 +130,7 @@ TEST_F(SearchBarsTest, EmptyBoxesAreRefused) {
 // The replace bar: Ctrl+R replaces the selection when it matches and goes on; "全" replaces
 // all; each is recorded with both texts and the case option of its own bar.
 TEST_F(SearchBarsTest, ReplaceKeysAndButtonsAreRecorded) {
-    frame_->commands().run(command::Replace);
+    window_->commands().run(command::Replace);
     replaceBar()->findEdit()->setText(QStringLiteral("ab"));
     replaceBar()->replacementEdit()->setText(QStringLiteral("X"));
     key(Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
@@ -163,11 +154,11 @@ TEST_F(SearchBarsTest, ReplaceKeysAndButtonsAreRecorded) {
 // In a bar's box, copy and paste serve the box; F6 goes between the text and the boxes;
 // Escape closes the bar.
 TEST_F(SearchBarsTest, TheBoxesHaveTheirOwnClipboardAndFocus) {
-    frame_->commands().run(command::Find);
+    window_->commands().run(command::Find);
     QLineEdit* box = findBar()->textEdit();
     box->setText(QStringLiteral("copied"));
     box->selectAll();
-    frame_->commands().run(command::EditCopy);
+    window_->commands().run(command::EditCopy);
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("copied"));
     key(Qt::Key_F6, Qt::NoModifier);
     EXPECT_TRUE(view()->activeControl()->hasFocus());

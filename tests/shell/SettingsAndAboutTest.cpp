@@ -5,11 +5,11 @@
 #include "settings/CPPageEdit.h"
 #include "settings/CPPageTap.h"
 #include "settings/SettingsSheet.h"
-#include "settings/SettingsStore.h"
 #include "shell/AboutBox.h"
 #include "shell/CMainFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
+#include "support/WindowTest.h"
 #include "widgets/HoldGesture.h"
 
 #include <QApplication>
@@ -19,39 +19,21 @@
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 #include <gtest/gtest.h>
-#include <memory>
 
 namespace korvel {
 namespace {
 
-template <typename T> void WhenDialogShows(std::function<void(T&)> act) {
-    QTimer::singleShot(0, [act] {
-        auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        act(*dialog);
-    });
-}
+using testing::WhenDialogShows;
 
-class SettingsAndAboutTest : public ::testing::Test {
+class SettingsAndAboutTest : public testing::WindowTest<CMainFrame> {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
-        frame_ = std::make_unique<CMainFrame>(*store_);
-        frame_->show();
-        frame_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
-    }
     // A coarse timer may fire up to 5% early; the two hold times are 600 and 1000 ms.
     static constexpr qint64 kBetweenTheTwo = 900;
 
     // How long the text's tap-and-hold gesture takes to be recognised.
     qint64 holdTime() {
-        auto* hold = frame_->view()->activeControl()->viewport()->findChild<HoldGesture*>();
+        auto* hold = window_->view()->activeControl()->viewport()->findChild<HoldGesture*>();
         QSignalSpy recognised(hold, &HoldGesture::recognised);
         QElapsedTimer clock;
         clock.start();
@@ -61,16 +43,12 @@ protected:
             menu->close();
         return clock.elapsed();
     }
-
-    QTemporaryDir dir_;
-    std::unique_ptr<SettingsStore> store_;
-    std::unique_ptr<CMainFrame> frame_;
 };
 
 // The tab width and the hold time of a confirmed sheet are the view's at once; a cancelled
 // sheet changes nothing.
 TEST_F(SettingsAndAboutTest, ConfirmedSettingsReachTheViewAtOnce) {
-    EditControl* control = frame_->view()->activeControl();
+    EditControl* control = window_->view()->activeControl();
     const qreal tabStop = control->tabStopDistance();
     ASSERT_GE(holdTime(), kBetweenTheTwo); // "長め"
     for (const bool confirm : {false, true}) {
@@ -79,7 +57,7 @@ TEST_F(SettingsAndAboutTest, ConfirmedSettingsReachTheViewAtOnce) {
             sheet.tapPage()->delayButton(0)->setChecked(true); // "普通"
             confirm ? sheet.accept() : sheet.reject();
         });
-        ASSERT_TRUE(frame_->commands().run(command::Settings));
+        ASSERT_TRUE(window_->commands().run(command::Settings));
         EXPECT_EQ(control->tabStopDistance(), confirm ? tabStop / 4 : tabStop);
     }
     EXPECT_LT(holdTime(), kBetweenTheTwo);
@@ -92,7 +70,7 @@ TEST_F(SettingsAndAboutTest, AboutBoxNamesTheVersionAndTheQtItRunsOn) {
         shown = box.text();
         box.accept();
     });
-    ASSERT_TRUE(frame_->commands().run(command::About));
+    ASSERT_TRUE(window_->commands().run(command::About));
     EXPECT_TRUE(
         shown.contains(QRegularExpression(QStringLiteral("\\nバージョン \\d+\\.\\d+\\.\\d+\\n"))))
         << shown.toStdString();
