@@ -212,20 +212,6 @@ TEST_F(FileListCtrlTest, ARightClickOutsideTheSelectionMenusForThatRowAlone) {
     }
 }
 
-TEST_F(FileListCtrlTest, EnterAndTheDialogsCommandsArePassedOn) {
-    create();
-    QSignalSpy entered(&*list_, &FileListCtrl::enterPressed);
-    QSignalSpy passed(&*list_, &FileListCtrl::dialogCommand);
-    list_->view()->setFocus();
-    QTest::keyClick(list_->view(), Qt::Key_Return);
-    QApplication::processEvents();
-    for (int command : {cmd::Ok, cmd::Cancel, cmd::SelectLnk})
-        list_->runCommand(command);
-    EXPECT_EQ(entered.size(), 1);
-    ASSERT_EQ(passed.size(), 3);
-    EXPECT_EQ(passed[2].front().toInt(), cmd::SelectLnk);
-}
-
 // The icon and list styles lay the rows out in cells of their own, at least an icon high; the
 // list style's are wide enough for the longest name.
 TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
