@@ -95,15 +95,15 @@ TEST(MessageBoxService, ATopmostBoxStaysOnTopUnderItsOwnCaption) {
 // Enter presses the default button (the first when the box lacks the one asked for); Escape and
 // closing the box answer Cancel, else No, else OK.
 TEST(MessageBoxService, KeysAndClosingAnswerAsTheButtonsSay) {
-    const std::function<void(QMessageBox&)> enter = [](QMessageBox&b) { Press(b, Qt::Key_Return); },
-                                            escape =
-                                                [](QMessageBox&b) { Press(b, Qt::Key_Escape); },
-                                            close = [](QMessageBox&b) { b.close(); };
+    using Act = std::function<void(QMessageBox&)>;
+    const Act enter = [](QMessageBox& box) { Press(box, Qt::Key_Return); };
+    const Act escape = [](QMessageBox& box) { Press(box, Qt::Key_Escape); };
+    const Act close = [](QMessageBox& box) { box.close(); };
     const struct {
         const char* name;
         MessageButtons buttons;
         Answer defaultButton;
-        std::function<void(QMessageBox&)> act;
+        Act act;
         Answer answer;
     } rows[] = {
         {"enter, default No", MessageButtons::YesNoCancel, Answer::No, enter, Answer::No},
