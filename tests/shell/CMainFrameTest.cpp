@@ -1,5 +1,5 @@
 // The main window as a user meets it: the menu, the keys, the tap-and-hold menus, the title,
-// the recently-used files and the questions on closing.
+// the recently-used files, the settings sheet and the about box, and the questions on closing.
 #include "shell/CMainFrame.h"
 
 #include "browser/BrowseRequest.h"
@@ -8,21 +8,31 @@
 #include "editor/EditorText.h"
 #include "messages/StringTable.h"
 #include "messages/testing/ScriptedMessageService.h"
+#include "settings/CPPageEdit.h"
+#include "settings/CPPageTap.h"
+#include "settings/SettingsSheet.h"
+#include "shell/AboutBox.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
 #include "shell/HelpPage.h"
 #include "shell/RecentFileList.h"
 #include "support/WindowTest.h"
+#include "widgets/HoldGesture.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPointingDevice>
+#include <QRadioButton>
+#include <QRegularExpression>
 #include <QSet>
+#include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -30,11 +40,28 @@ namespace korvel {
 namespace {
 
 using Answer = MessageAnswer;
+using testing::WhenDialogShows;
 
 class CMainFrameTest : public testing::WindowTest<CMainFrame> {
 protected:
     void type(const QString& text) { QTest::keyClicks(window_->view()->activeControl(), text); }
     std::u16string text() const { return EditorText(*window_->view()->document()); }
+
+    // A coarse timer may fire up to 5% early; the two hold times are 600 and 1000 ms.
+    static constexpr qint64 kBetweenTheTwo = 900;
+
+    // How long the text's tap-and-hold gesture takes to be recognised.
+    qint64 holdTime() {
+        auto* hold = window_->view()->activeControl()->viewport()->findChild<HoldGesture*>();
+        QSignalSpy recognised(hold, &HoldGesture::recognised);
+        QElapsedTimer clock;
+        clock.start();
+        hold->watch(QPoint(20, 20));
+        EXPECT_TRUE(recognised.wait(3000));
+        if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget()))
+            menu->close();
+        return clock.elapsed();
+    }
 };
 
 // The items of a menu and of its popups, separators and popup entries left out. A popup that
@@ -303,6 +330,40 @@ TEST_F(CMainFrameTest, RecentFilesKeepTheNewestFourAndDropGoneOnes) {
     const QStringList before = window_->recentFiles().paths();
     ASSERT_TRUE(window_->view()->saveAs());
     EXPECT_EQ(window_->recentFiles().paths(), before);
+}
+
+// ---- Settings and the about box ----
+
+// The tab width and the hold time of a confirmed sheet are the view's at once; a cancelled
+// sheet changes nothing.
+TEST_F(CMainFrameTest, ConfirmedSettingsReachTheViewAtOnce) {
+    EditControl* control = window_->view()->activeControl();
+    const qreal tabStop = control->tabStopDistance();
+    ASSERT_GE(holdTime(), kBetweenTheTwo); // "長め"
+    for (const bool confirm : {false, true}) {
+        WhenDialogShows<SettingsSheet>([confirm](SettingsSheet& sheet) {
+            sheet.editPage()->tabField()->setText(QStringLiteral("2"));
+            sheet.tapPage()->delayButton(0)->setChecked(true); // "普通"
+            confirm ? sheet.accept() : sheet.reject();
+        });
+        ASSERT_TRUE(window_->commands().run(command::Settings));
+        EXPECT_EQ(control->tabStopDistance(), confirm ? tabStop / 4 : tabStop);
+    }
+    EXPECT_LT(holdTime(), kBetweenTheTwo);
+}
+
+// The about box names the build's version and the Qt it runs on.
+TEST_F(CMainFrameTest, AboutBoxNamesTheVersionAndTheQtItRunsOn) {
+    QString shown;
+    WhenDialogShows<AboutBox>([&shown](AboutBox& box) {
+        shown = box.text();
+        box.accept();
+    });
+    ASSERT_TRUE(window_->commands().run(command::About));
+    EXPECT_TRUE(
+        shown.contains(QRegularExpression(QStringLiteral("\\nバージョン \\d+\\.\\d+\\.\\d+\\n"))))
+        << shown.toStdString();
+    EXPECT_TRUE(shown.endsWith(QStringLiteral("\nQt ") + QString::fromLatin1(qVersion())));
 }
 
 // ---- Closing ----
