@@ -35,11 +35,6 @@ namespace {
 using Answer = MessageAnswer;
 using testing::WhenDialogShows;
 
-QByteArray ReadBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The position of a code set in a dialog's list.
 template <std::size_t N> int PositionOf(const TextEncoding (&list)[N], TextEncoding encoding) {
     return static_cast<int>(std::find(std::begin(list), std::end(list), encoding) - list);
@@ -88,7 +83,7 @@ TEST_F(CEditerTest, SaveWritesBackInTheCodeSetAndLineEndingTheFileWasOpenedWith)
     cursor.movePosition(QTextCursor::End);
     cursor.insertText(QStringLiteral("new"));
     ASSERT_TRUE(window_->save());
-    EXPECT_EQ(ReadBytes(path), QByteArray("\xB4\xC1\xBB\xFA\rx\rnew"));
+    EXPECT_EQ(readFile(path), QByteArray("\xB4\xC1\xBB\xFA\rx\rnew"));
     EXPECT_FALSE(window_->isModified());
 }
 
@@ -112,7 +107,7 @@ TEST_F(CEditerTest, SaveAsOffersTheDocumentsOwnChoicesAndWritesTheChosenOnes) {
     EXPECT_EQ(lastRequest_.lineEndingIndex, static_cast<int>(LineEnding::Lf));
     EXPECT_EQ(lastRequest_.name, QStringLiteral("euc.txt"));
 
-    const QByteArray saved = ReadBytes(dir_.filePath("copy.txt"));
+    const QByteArray saved = readFile(dir_.filePath("copy.txt"));
     EXPECT_TRUE(saved.contains("\x1B(I1")) << saved.toStdString();
     EXPECT_TRUE(saved.endsWith("\x1B(B\r")) << saved.toStdString();
     EXPECT_EQ(window_->path(), dir_.filePath("copy.txt"));
@@ -456,28 +451,23 @@ TEST_F(ViewSearchTest, FileInformationChangesWhatTheNextSaveWrites) {
     EXPECT_TRUE(window_->isModified());
     EXPECT_EQ(EditorText(*window_->document()), u"abc\r\n");
     ASSERT_TRUE(window_->save());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), QByteArray("\xEF\xBB\xBF"
+    EXPECT_EQ(readFile(path), QByteArray("\xEF\xBB\xBF"
                                          "abc\n"));
 }
 
-// The list's positions and the code sets they stand for, both ways; sizes grouped by
-// thousands.
+// Each code set is listed under its own name and read back as itself; a new text has no path or
+// size; sizes are grouped by thousands.
 TEST_F(ViewSearchTest, FileInformationListsAndSizes) {
-    const TextEncoding encodings[] = {TextEncoding::ShiftJis, TextEncoding::Jis,
-                                      TextEncoding::Euc,      TextEncoding::Unicode,
-                                      TextEncoding::Utf8,     TextEncoding::Utf8N};
-    for (int position = 0; position < 6; ++position) {
-        FileInfoDialog dialog(QString(), std::nullopt, QDateTime(), encodings[position],
-                              LineEnding::Cr);
-        EXPECT_EQ(dialog.encodingList()->currentIndex(), position);
-        EXPECT_EQ(dialog.encoding(), encodings[position]);
-        EXPECT_EQ(dialog.lineEnding(), LineEnding::Cr);
-        EXPECT_EQ(dialog.pathText(), QStringLiteral("(新規テキスト)"));
-        EXPECT_TRUE(dialog.sizeText().isEmpty());
+    using enum TextEncoding;
+    for (const TextEncoding encoding : {ShiftJis, Jis, Euc, Unicode, Utf8, Utf8N}) {
+        FileInfoDialog dialog(QString(), std::nullopt, QDateTime(), encoding, LineEnding::Cr);
+        EXPECT_EQ(dialog.encodingList()->currentText().trimmed().toStdString(),
+                  EncodingDisplayName(encoding));
+        EXPECT_EQ(std::pair(dialog.encoding(), dialog.lineEnding()),
+                  std::pair(encoding, LineEnding::Cr));
+        EXPECT_TRUE(dialog.pathText() == QStringLiteral("(新規テキスト)") &&
+                    dialog.sizeText().isEmpty());
     }
-    EXPECT_EQ(FileInfoDialog::FormatSize(999), QStringLiteral("999 バイト"));
     EXPECT_EQ(FileInfoDialog::FormatSize(1000), QStringLiteral("1,000 バイト"));
     EXPECT_EQ(FileInfoDialog::FormatSize(1234567), QStringLiteral("1,234,567 バイト"));
 }

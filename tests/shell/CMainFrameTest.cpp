@@ -546,9 +546,7 @@ TEST_F(CMainFrameTest, ClosingAChangedTextAsksAndHonoursTheAnswer) {
     {
         ScriptedMessageService messages{Answer::Yes};
         EXPECT_TRUE(window_->close());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), QByteArray("new old"));
+        EXPECT_EQ(readFile(path), QByteArray("new old"));
     }
 }
 

@@ -47,6 +47,10 @@ protected:
         file.write(bytes);
         return path;
     }
+    static QByteArray readFile(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    }
 
     QTemporaryDir dir_;
     std::unique_ptr<SettingsStore> store_;
