@@ -88,8 +88,8 @@ int List(const QStringList& files) {
 // writes its own settings back when it closes, and a batch run must leave no trace.
 std::unique_ptr<SettingsStore> CopyOfUserSettings(const QTemporaryDir& folder) {
     const QString copy = folder.filePath(QStringLiteral("settings.ini"));
-    QFile::copy(QSettings(QSettings::IniFormat, QSettings::UserScope,
-                          QStringLiteral("Harrow Apps"), QStringLiteral("Korvelエディタ"))
+    QFile::copy(QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Harrow Apps"),
+                          QStringLiteral("Korvelエディタ"))
                     .fileName(),
                 copy);
     QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
@@ -100,7 +100,8 @@ int Run(const QStringList& arguments) {
     const bool show = arguments.front() == u"--show";
     const QStringList files = arguments.mid(show ? 1 : 0);
     if (files.size() < 2) {
-        ReportError(QStringLiteral("run needs a macro and at least one file; see korvelmacro --help"));
+        ReportError(
+            QStringLiteral("run needs a macro and at least one file; see korvelmacro --help"));
         return kExitUnreadable;
     }
     const std::optional<CheckedMacro> macro = Load(files.front());
@@ -123,8 +124,7 @@ int Run(const QStringList& arguments) {
     QApplication application(argc, argv);
     QTemporaryDir settingsFolder;
     const std::unique_ptr<SettingsStore> store = CopyOfUserSettings(settingsFolder);
-    return RunMacroOverFiles(macro->commands, files.mid(1), *store) ? kExitLoaded
-                                                                     : kExitMacroError;
+    return RunMacroOverFiles(macro->commands, files.mid(1), *store) ? kExitLoaded : kExitMacroError;
 }
 
 struct SubCommand {

@@ -125,9 +125,8 @@ bool MacroPlayer::eventFilter(QObject* watched, QEvent* event) {
 
 void MacroPlayer::waitForKeysReleased(QWidget* parent) {
     const auto keysHeld = [this] {
-        return pKeyDown_ ||
-               (QGuiApplication::queryKeyboardModifiers() &
-                (Qt::ControlModifier | Qt::ShiftModifier)) != Qt::NoModifier;
+        return pKeyDown_ || (QGuiApplication::queryKeyboardModifiers() &
+                             (Qt::ControlModifier | Qt::ShiftModifier)) != Qt::NoModifier;
     };
     QElapsedTimer interval;
     interval.start();
@@ -235,8 +234,7 @@ void MacroPlayer::sendModifier(Qt::Key key, bool down) {
     SendKey(key, down, held_);
 }
 
-void MacroPlayer::sendKeyStroke(Qt::Key key, Qt::KeyboardModifiers modifiers,
-                                const QString& text) {
+void MacroPlayer::sendKeyStroke(Qt::Key key, Qt::KeyboardModifiers modifiers, const QString& text) {
     SendKey(key, true, modifiers, text);
     SendKey(key, false, modifiers, text);
 }

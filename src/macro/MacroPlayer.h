@@ -45,8 +45,7 @@ public:
     // Runs commands from position on, up to the first one the view must carry out, whose code
     // it returns with position past it; kStopped after a stop request, kEnded at the end of the
     // list. A position of 0 first lets go of the keys held by LOCK.
-    int step(const std::vector<MacroCommand>& commands, std::size_t& position,
-             MacroTarget& target);
+    int step(const std::vector<MacroCommand>& commands, std::size_t& position, MacroTarget& target);
     // Releases Ctrl and Shift where LOCK holds them.
     void releaseHeldKeys();
 

@@ -245,8 +245,7 @@ void CMainFrame::openRecentFile(int index) {
 
 QMenu* CMainFrame::showContextMenu(QPoint position) {
     commands_->updateStates();
-    QMenu* menu =
-        BuildContextMenu(*commands_, view_->hasSelection(), macros_->isRecording(), this);
+    QMenu* menu = BuildContextMenu(*commands_, view_->hasSelection(), macros_->isRecording(), this);
     // The position is taken from the window's top-left corner, not the control's, so the menu
     // stands off the pen by the control's distance from that corner.
     menu->popup(mapToGlobal(position));

@@ -54,9 +54,8 @@ MacroCommand MacroCommandOf(const RecordedCommand& recorded) {
 MacroSession::MacroSession(CEditer& view, SettingsStore& store, QWidget* window)
     : view_(view), store_(store), window_(window), folder_(store.read(setting::MRU_FOLDER)),
       player_(std::make_unique<MacroPlayer>()),
-      recorder_(std::make_unique<MacroRecorder>([&view](const QObject* receiver) {
-          return receiver == view.activeControl();
-      })),
+      recorder_(std::make_unique<MacroRecorder>(
+          [&view](const QObject* receiver) { return receiver == view.activeControl(); })),
       target_(std::make_unique<ViewMacroTarget>(view)) {
     view_.setRecorder([this](const RecordedCommand& recorded) {
         const MacroCommand command = MacroCommandOf(recorded);

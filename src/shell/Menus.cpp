@@ -226,9 +226,9 @@ QMenu* BuildContextMenu(CommandTable& commands, bool withSelection, bool recordi
             menu->addSeparator();
             continue;
         }
-        QAction* action = menu->addAction(item.id == MacroRecord && recording
-                                              ? LoadString(kStopRecordingText)
-                                              : QString::fromUtf16(item.text));
+        QAction* action =
+            menu->addAction(item.id == MacroRecord && recording ? LoadString(kStopRecordingText)
+                                                                : QString::fromUtf16(item.text));
         action->setData(item.id);
         action->setEnabled(commands.isEnabled(item.id));
         const int id = item.id;

@@ -56,8 +56,8 @@ void ViewMacroTarget::carryOut(const MacroCommand& command) {
     switch (command.code) {
     case MacroCommandCode::FindUpward:
     case MacroCommandCode::Find:
-        view_.find(WithLineBreaks(command.text), command.code == MacroCommandCode::FindUpward,
-                   flag, FindMode::Plain);
+        view_.find(WithLineBreaks(command.text), command.code == MacroCommandCode::FindUpward, flag,
+                   FindMode::Plain);
         break;
     case MacroCommandCode::Replace:
     case MacroCommandCode::ReplaceAll: {

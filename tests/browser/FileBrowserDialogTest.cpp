@@ -177,6 +177,8 @@ TEST_F(FileBrowserDialogTest, APatternListsItsFilesInTheFolderItNames) {
     QTest::keyClick(dialog_->fileList()->view(), Qt::Key_Return);
     QApplication::processEvents();
     EXPECT_EQ(outcome(), "at ~/sub/ []");
+    dialog_->fileList()->runCommand(cmd::Cancel);
+    EXPECT_FALSE(dialog_->isVisible());
 }
 
 // The option row picks the stored index (the first one when it is out of range) and hides
@@ -196,7 +198,7 @@ TEST_F(FileBrowserDialogTest, OptionRowAndResultsCarryTypeOptionStyleAndFolders)
     dialog_->optionBox()->setCurrentIndex(2);
     dialog_->fileList()->runCommand(cmd::ShowFolders);
     dialog_->nameBox()->setText("x.ini");
-    dialog_->ok();
+    dialog_->fileList()->runCommand(cmd::Ok); // the list's menu reaches the dialog's buttons
     EXPECT_EQ(outcome(), "chose ~/x.ini");
     EXPECT_EQ(std::tuple(request_.filterIndex, request_.optionIndex, request_.listStyle,
                          request_.showFolders),

@@ -1,12 +1,15 @@
 #include "browser/FileListCtrl.h"
 
+#include "browser/PropertiesDialog.h"
 #include "fileops/FileClipboard.h"
 #include "fileops/FileSystem.h"
 #include "support/ScratchFolder.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QCheckBox>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
@@ -212,20 +215,6 @@ TEST_F(FileListCtrlTest, ARightClickOutsideTheSelectionMenusForThatRowAlone) {
     }
 }
 
-TEST_F(FileListCtrlTest, EnterAndTheDialogsCommandsArePassedOn) {
-    create();
-    QSignalSpy entered(&*list_, &FileListCtrl::enterPressed);
-    QSignalSpy passed(&*list_, &FileListCtrl::dialogCommand);
-    list_->view()->setFocus();
-    QTest::keyClick(list_->view(), Qt::Key_Return);
-    QApplication::processEvents();
-    for (int command : {cmd::Ok, cmd::Cancel, cmd::SelectLnk})
-        list_->runCommand(command);
-    EXPECT_EQ(entered.size(), 1);
-    ASSERT_EQ(passed.size(), 3);
-    EXPECT_EQ(passed[2].front().toInt(), cmd::SelectLnk);
-}
-
 // The icon and list styles lay the rows out in cells of their own, at least an icon high; the
 // list style's are wide enough for the longest name.
 TEST_F(FileListCtrlTest, StyleCommandsSwitchViewsThatKeepEveryNameInItsOwnCell) {
@@ -281,6 +270,40 @@ TEST_F(FileListCtrlTest, PopupStateFollowsTheSelectionAndTheClipboard) {
               std::tuple(true, true, false));
     list_->runCommand(cmd::Paste);
     EXPECT_EQ(state(), ".. b.txt*");
+}
+
+// The dialog shows path, size and time, and sets the read-only state both ways; a failed change
+// is reported and keeps it open, and a link's permissions, which are its target's, are left alone.
+TEST(PropertiesDialog, ShowsTheEntryAndChangesItsReadOnlyState) {
+    ScratchFolder folder;
+    folder.writeSized("a.txt", 12345);
+    folder.setModified("a.txt", QDateTime(QDate(2023, 4, 5), QTime(6, 7, 8)));
+    folder.link("link", folder.path("a.txt"));
+    const QString path = folder.path("a.txt");
+    for (const bool readOnly : {true, false}) {
+        PropertiesDialog dialog(path);
+        QStringList texts;
+        for (const QLabel* label : dialog.findChildren<QLabel*>())
+            texts.append(label->text());
+        EXPECT_TRUE(texts.contains(path) && texts.contains(QStringLiteral("12,345 バイト")) &&
+                    texts.contains(QStringLiteral("2023/04/05 06:07:08")))
+            << texts.join(u'|').toStdString();
+        EXPECT_EQ(dialog.isReadOnlyChecked(), !readOnly);
+        dialog.setReadOnlyChecked(readOnly);
+        dialog.accept();
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+        EXPECT_EQ(folder.isReadOnly("a.txt"), readOnly);
+        EXPECT_TRUE(dialog.apply()); // nothing left to change
+    }
+    EXPECT_FALSE(PropertiesDialog(folder.path("link")).findChild<QCheckBox*>()->isEnabled());
+
+    PropertiesDialog dialog(path);
+    QFile::remove(path);
+    dialog.setReadOnlyChecked(true);
+    ScriptedMessageService messages{MessageAnswer::Ok};
+    dialog.accept();
+    EXPECT_EQ(messages.shownIds(), QList<int>{30507});
+    EXPECT_NE(dialog.result(), QDialog::Accepted);
 }
 
 } // namespace

@@ -77,55 +77,27 @@ TEST(SearchEngine, FindSelectsTheMatchOrSaysWhy) {
         QList<int> messages;
         std::u16string after;
     } rows[] = {
+        // clang-format off
         {"starts at the selection's end", u"⟦abc⟧ abc", u"abc", "", kYes, {}, u"abc ⟦abc⟧"},
-        {"no question when nothing lies before",
-         u"⟦⟧xyz abc",
-         u"q",
-         "",
-         kYes,
-         {40003},
-         u"⟦⟧xyz abc"},
-        {"a match before is offered, Yes finds it",
-         u"abc xy⟦⟧z",
-         u"abc",
-         "",
-         kYes,
-         {30001},
-         u"⟦abc⟧ xyz"},
+        {"no question when nothing lies before", u"⟦⟧xyz abc", u"q", "", kYes, {40003}, u"⟦⟧xyz abc"},
+        {"a match before is offered, Yes finds it", u"abc xy⟦⟧z", u"abc", "", kYes, {30001}, u"⟦abc⟧ xyz"},
         {"No leaves the selection", u"abc xy⟦⟧z", u"abc", "", kNo, {30001, 40003}, u"abc xy⟦⟧z"},
         {"the replace bar names the find text", u"⟦⟧xyz", u"q", "1", kYes, {40014}, u"⟦⟧xyz"},
         {"after a replacement: no more", u"⟦⟧xyz", u"q", "2", kYes, {40017}, u"⟦⟧xyz"},
         {"backward steps over overlaps", u"aaa⟦⟧", u"aa", "<", kYes, {}, u"⟦aa⟧a"},
         {"backward finds a match at the start", u"ab ⟦⟧xx", u"ab", "<", kYes, {}, u"⟦ab⟧ xx"},
-        {"backward wraps to the end on Yes",
-         u"⟦⟧xx ab ab",
-         u"ab",
-         "<",
-         kYes,
-         {30002},
-         u"xx ab ⟦ab⟧"},
+        {"backward wraps to the end on Yes", u"⟦⟧xx ab ab", u"ab", "<", kYes, {30002}, u"xx ab ⟦ab⟧"},
         {"backward: No says not found", u"⟦⟧xx ab", u"ab", "<", kNo, {30002, 40003}, u"⟦⟧xx ab"},
-        {"backward asks only when a match lies after",
-         u"⟦xx ab⟧",
-         u"ab",
-         "<",
-         kYes,
-         {40003},
-         u"⟦xx ab⟧"},
+        {"backward asks only when a match lies after", u"⟦xx ab⟧", u"ab", "<", kYes, {40003}, u"⟦xx ab⟧"},
         {"backward always says plainly not found", u"⟦⟧xx", u"ab", "<2", kYes, {40003}, u"⟦⟧xx"},
         {"ignoring case folds the text", u"⟦⟧xx ABC", u"abc", "i", kYes, {}, u"xx ⟦ABC⟧"},
         {"minding case does not", u"⟦⟧xx ABC", u"abc", "", kYes, {40003}, u"⟦⟧xx ABC"},
         {"full-width letters fold", u"⟦⟧xx ＡＢＣ", u"ａｂｃ", "i", kYes, {}, u"xx ⟦ＡＢＣ⟧"},
         {"a match runs across a line break", u"⟦⟧a\r\nb", u"a\r\nb", "", kYes, {}, u"⟦a\r\nb⟧"},
         {"half a line break is no match", u"⟦⟧a\r\nb", u"\nb", "", kYes, {40003}, u"⟦⟧a\r\nb"},
-        {"half a surrogate pair is no match",
-         u"⟦⟧x\U0001F600",
-         u"\xDE00",
-         "",
-         kYes,
-         {40003},
-         u"⟦⟧x\U0001F600"},
+        {"half a surrogate pair is no match", u"⟦⟧x\U0001F600", u"\xDE00", "", kYes, {40003}, u"⟦⟧x\U0001F600"},
         {"a whole pair is found", u"⟦⟧x\U0001F600", u"\U0001F600", "", kYes, {}, u"x⟦\U0001F600⟧"},
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.fault);
@@ -153,16 +125,12 @@ TEST(SearchEngine, ReplaceAllReplacesEachMatchOnceInOneStep) {
         QList<int> messages;
     };
     const Row rows[] = {
+        // clang-format off
         {"inserted text is never searched again", u"a-a", u"a", u"aa", false, u"aa-aa", {33026}},
-        {"overlapping matches are replaced left to right",
-         u"aaa",
-         u"aa",
-         u"X",
-         false,
-         u"Xa",
-         {33026}},
+        {"overlapping matches are replaced left to right", u"aaa", u"aa", u"X", false, u"Xa", {33026}},
         {"case ignored", u"Abc aBC", u"abc", u"x", true, u"x x", {33026}},
         {"nothing to replace", u"abc", u"q", u"x", false, u"abc", {40014}},
+        // clang-format on
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.fault);
@@ -216,14 +184,12 @@ TEST(SearchEngine, ReplaceOneReplacesOnlyAMatchThenFindsTheNext) {
         QList<int> messages;
         std::u16string after;
     } rows[] = {
-        {"a selection differing in case matches when case is ignored",
-         u"⟦ABC⟧ abc",
-         true,
-         {},
-         u"X ⟦abc⟧"},
+        // clang-format off
+        {"a selection differing in case matches when case is ignored", u"⟦ABC⟧ abc", true, {}, u"X ⟦abc⟧"},
         {"and is left alone when case matters", u"⟦ABC⟧ abc", false, {}, u"ABC ⟦abc⟧"},
         {"after the last one there are no more", u"⟦abc⟧", false, {40017}, u"X⟦⟧"},
         {"nothing replaced and nothing found", u"⟦⟧xyz", false, {40014}, u"⟦⟧xyz"},
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.fault);

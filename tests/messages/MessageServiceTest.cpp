@@ -51,7 +51,8 @@ void Press(QWidget& target, Qt::Key key) {
     QApplication::sendEvent(&target, &press);
 }
 
-// Plain text (a path may hold "<"), the program's caption, its own Japanese button labels.
+// Plain text (a path may hold "<"), the program's caption, its own Japanese button labels; a
+// topmost box stays on top under the caption it is given.
 TEST(MessageBoxService, ShowsTheRequestAndAnswersTheClickedButton) {
     const MessageRequest request{.text = QStringLiteral("<b>%s</b>"),
                                  .arguments = {QStringLiteral("/home/<i>古い</i>")},
@@ -77,33 +78,29 @@ TEST(MessageBoxService, ShowsTheRequestAndAnswersTheClickedButton) {
     EXPECT_TRUE(yes != no && !yes.contains(u'&') && !no.contains(u'&')) << yes.toStdString();
     EXPECT_TRUE(noIsDefault);
     EXPECT_FALSE(onTop);
-}
 
-TEST(MessageBoxService, ATopmostBoxStaysOnTopUnderItsOwnCaption) {
-    bool onTop = false;
-    QString caption;
-    UserAtTheBox user([&](QMessageBox& box) {
+    UserAtTheBox again([&](QMessageBox& box) {
         onTop = box.windowFlags().testFlag(Qt::WindowStaysOnTopHint);
         caption = box.windowTitle();
         box.button(QMessageBox::Ok)->click();
     });
     ShowMessage({.id = 40013, .topmost = true, .caption = QStringLiteral("PID")});
     EXPECT_TRUE(onTop);
-    EXPECT_EQ(caption, QStringLiteral("PID"));
+    EXPECT_EQ(caption, QStringLiteral("PID")); // a topmost box's own caption
 }
 
 // Enter presses the default button (the first when the box lacks the one asked for); Escape and
 // closing the box answer Cancel, else No, else OK.
 TEST(MessageBoxService, KeysAndClosingAnswerAsTheButtonsSay) {
-    const std::function<void(QMessageBox&)> enter = [](QMessageBox&b) { Press(b, Qt::Key_Return); },
-                                            escape =
-                                                [](QMessageBox&b) { Press(b, Qt::Key_Escape); },
-                                            close = [](QMessageBox&b) { b.close(); };
+    using Act = std::function<void(QMessageBox&)>;
+    const Act enter = [](QMessageBox& box) { Press(box, Qt::Key_Return); };
+    const Act escape = [](QMessageBox& box) { Press(box, Qt::Key_Escape); };
+    const Act close = [](QMessageBox& box) { box.close(); };
     const struct {
         const char* name;
         MessageButtons buttons;
         Answer defaultButton;
-        std::function<void(QMessageBox&)> act;
+        Act act;
         Answer answer;
     } rows[] = {
         {"enter, default No", MessageButtons::YesNoCancel, Answer::No, enter, Answer::No},

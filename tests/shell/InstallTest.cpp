@@ -2,11 +2,11 @@
 #include "shell/AppIcon.h"
 #include "shell/CMainFrame.h"
 #include "shell/HelpPage.h"
+#include "shell/XdgKeyFile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QIcon>
 #include <QImage>
 #include <QMenu>
@@ -35,24 +35,6 @@ QUrl PageUrl(const QString& path) {
     QUrl url = QUrl::fromLocalFile(path);
     url.setFragment(QStringLiteral("MAIN_CONTENTS"));
     return url;
-}
-
-// The [Desktop Entry] group of a desktop entry file, key -> value.
-QHash<QString, QString> ReadDesktopEntry(const QString& path) {
-    QFile file(path);
-    QHash<QString, QString> entry;
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return entry;
-    bool inGroup = false;
-    while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.startsWith(u'['))
-            inGroup = line == u"[Desktop Entry]";
-        const qsizetype equals = line.indexOf(u'=');
-        if (inGroup && equals > 0)
-            entry.insert(line.left(equals), line.mid(equals + 1));
-    }
-    return entry;
 }
 
 // One `cmake --install` of the desktop files into a temporary prefix, shared by the tests that
@@ -90,10 +72,10 @@ protected:
 // The entry starts the program with a file and names an icon the theme folder holds; a theme
 // serves a PNG only for the size its folder names; the help page is found beside the program.
 TEST_F(InstalledTree, PutsEveryFileWhereTheDesktopAndTheProgramLookForIt) {
-    const QHash<QString, QString> entry =
-        ReadDesktopEntry(installedPath(QStringLiteral("share/applications/korveledit.desktop")));
-    EXPECT_EQ(entry.value(QStringLiteral("Exec")), u"korveledit %f");
-    const QString icon = entry.value(QStringLiteral("Icon"));
+    XdgKeyFile entry;
+    ASSERT_TRUE(entry.read(installedPath(QStringLiteral("share/applications/korveledit.desktop"))));
+    EXPECT_EQ(entry.value(u"Desktop Entry", u"Exec"), QStringLiteral("korveledit %f"));
+    const QString icon = entry.value(u"Desktop Entry", u"Icon").value_or(QString());
     EXPECT_TRUE(QFileInfo(installedPath(
                               QStringLiteral("share/icons/hicolor/scalable/apps/%1.svg").arg(icon)))
                     .isFile())

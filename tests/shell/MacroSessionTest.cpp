@@ -6,8 +6,6 @@
 #include "editor/EditControl.h"
 #include "editor/EditorText.h"
 #include "macro/KeyInjection.h"
-#include "macro/MacroChecker.h"
-#include "macro/MacroWriter.h"
 #include "messages/testing/ScriptedMessageService.h"
 #include "settings/SettingsStore.h"
 #include "shell/CMainFrame.h"
@@ -15,16 +13,14 @@
 #include "shell/CommandTable.h"
 #include "shell/ReplaceBar.h"
 #include "shell/SearchBars.h"
+#include "support/WindowTest.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
-#include <QFile>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <QToolButton>
 #include <gtest/gtest.h>
 #include <memory>
@@ -34,16 +30,11 @@ namespace {
 
 using Answer = MessageAnswer;
 
-class MacroSessionTest : public ::testing::Test {
+class MacroSessionTest : public testing::WindowTest<CMainFrame> {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(dir_.isValid());
-        store_ = std::make_unique<SettingsStore>(dir_.filePath(QStringLiteral("settings.ini")));
+        testing::WindowTest<CMainFrame>::SetUp();
         store_->write(setting::MRU_FOLDER, dir_.path() + u'/');
-        frame_ = std::make_unique<CMainFrame>(*store_);
-        frame_->show();
-        frame_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(frame_.get()));
         control()->setFocus();
         macros().setBrowseDialog([this](BrowseRequest& request, QWidget*) {
             request.folder = dir_.path() + u'/';
@@ -52,49 +43,35 @@ protected:
         });
     }
 
-    MacroSession& macros() const { return frame_->macros(); }
-    EditControl* control() const { return frame_->view()->activeControl(); }
+    MacroSession& macros() const { return window_->macros(); }
+    EditControl* control() const { return window_->view()->activeControl(); }
     QString text() const { return QString::fromStdU16String(EditorText(*control()->document())); }
-    QString selection() const { return frame_->view()->selectedText(); }
-    void run(int id) { frame_->commands().run(id); }
-
-    QString writeMacro(const QString& name, const QByteArray& lines) {
-        const QString path = dir_.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(lines);
-        return path;
-    }
+    QString selection() const { return window_->view()->selectedText(); }
+    void run(int id) { window_->commands().run(id); }
 
     // Loads lines as a macro and plays it on text, with the caret where "|" stands.
     void play(const QByteArray& lines, const QString& startText) {
-        frame_->view()->newDocument(false);
+        window_->view()->newDocument(false);
         QTextDocument& document = *control()->document();
         SetEditorText(document, Utf16View(QString(startText).remove(u'|')));
         QTextCursor cursor = control()->textCursor();
         cursor.setPosition(static_cast<int>(DocumentPosition(document, startText.indexOf(u'|'))));
         control()->setTextCursor(cursor);
-        const CheckedMacro macro = CheckMacro(QString::fromUtf8(lines));
-        ASSERT_FALSE(macro.hasError) << macro.diagnostics.toStdString();
-        ASSERT_TRUE(macros().load(writeMacro(QStringLiteral("play.mcr"), lines)));
+        ASSERT_TRUE(macros().load(writeFile(QStringLiteral("play.mcr"), lines)));
+        ASSERT_FALSE(macros().commands().empty());
         run(command::MacroPlay);
     }
 
     // Answers the load report dialog, once it shows, with OK; the text it held.
-    std::shared_ptr<QString> expectReport() {
+    static std::shared_ptr<QString> expectReport() {
         auto report = std::make_shared<QString>();
-        QTimer::singleShot(0, [report] {
-            QWidget* dialog = QApplication::activeModalWidget();
-            ASSERT_NE(dialog, nullptr);
-            *report = dialog->findChild<QPlainTextEdit*>()->toPlainText();
-            static_cast<QDialog*>(dialog)->accept();
+        testing::WhenDialogShows<QDialog>([report](QDialog& dialog) {
+            *report = dialog.findChild<QPlainTextEdit*>()->toPlainText();
+            dialog.accept();
         });
         return report;
     }
 
-    QTemporaryDir dir_;
-    std::unique_ptr<SettingsStore> store_;
-    std::unique_ptr<CMainFrame> frame_;
     QString chosenName_;
 };
 
@@ -103,7 +80,7 @@ protected:
 TEST_F(MacroSessionTest, RecordedEditingSavedLoadedAndPlayedGivesTheSameText) {
     ScriptedMessageService messages;
     run(command::MacroRecord);
-    EXPECT_EQ(frame_->commands().action(command::MacroRecord)->text(),
+    EXPECT_EQ(window_->commands().action(command::MacroRecord)->text(),
               QStringLiteral("記録終了(&R)\tShift+Ctrl+R"));
     QTest::keyClicks(control(), QStringLiteral("ab\"c\\ d"));
     QTest::keyClick(control(), Qt::Key_Return);
@@ -115,17 +92,17 @@ TEST_F(MacroSessionTest, RecordedEditingSavedLoadedAndPlayedGivesTheSameText) {
     QTest::keyClick(control(), Qt::Key_End, Qt::ControlModifier);
     run(command::EditPaste);
     run(command::Replace);
-    QTest::keyClicks(frame_->searchBars().replaceBar()->findEdit(), QStringLiteral("b"));
-    QTest::keyClicks(frame_->searchBars().replaceBar()->replacementEdit(), QStringLiteral("B"));
+    QTest::keyClicks(window_->searchBars().replaceBar()->findEdit(), QStringLiteral("b"));
+    QTest::keyClicks(window_->searchBars().replaceBar()->replacementEdit(), QStringLiteral("B"));
     messages.script({Answer::Ok});
-    frame_->searchBars().replaceBar()->replaceAllButton()->click();
+    window_->searchBars().replaceBar()->replaceAllButton()->click();
     run(command::MacroRecord);
     const QString recorded = text();
     ASSERT_EQ(recorded, QStringLiteral("aB\"c\\ d\r\naaB\"c\\ d\r\na"));
 
     chosenName_ = QStringLiteral("edit.mcr");
     ASSERT_TRUE(macros().save());
-    frame_->view()->newDocument(false);
+    window_->view()->newDocument(false);
     ASSERT_TRUE(macros().load(dir_.filePath(chosenName_)));
     messages.script({Answer::Ok});
     run(command::MacroPlay);
@@ -171,17 +148,15 @@ TEST_F(MacroSessionTest, FileCommandsOpenCreateAndSaveWithoutAsking) {
     ScriptedMessageService messages;
     const QString created = dir_.filePath(QStringLiteral("new.txt"));
     const QString copy = dir_.filePath(QStringLiteral("copy.txt"));
-    play(QStringLiteral("OPEN /F \"%1\"\nTYPE \"日本\"\nSAVE /A\nSAVE \"%2\"\nTYPE \"x\"\nNEWFILE /F")
+    play(QStringLiteral(
+             "OPEN /F \"%1\"\nTYPE \"日本\"\nSAVE /A\nSAVE \"%2\"\nTYPE \"x\"\nNEWFILE /F")
              .arg(created, copy)
              .toUtf8(),
          QStringLiteral("unsaved|"));
     EXPECT_TRUE(messages.shown().isEmpty());
     EXPECT_EQ(text(), QString());
-    for (const QString& path : {created, copy}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), QByteArray("\x93\xfa\x96\x7b"));
-    }
+    for (const QString& path : {created, copy})
+        EXPECT_EQ(readFile(path), QByteArray("\x93\xfa\x96\x7b"));
 }
 
 // While a macro sleeps the window works: closing is refused (40008), and the play command asks
@@ -190,7 +165,7 @@ TEST_F(MacroSessionTest, FileCommandsOpenCreateAndSaveWithoutAsking) {
 TEST_F(MacroSessionTest, StopRequestIsConfirmedAndClosingWaitsForTheMacro) {
     ScriptedMessageService messages{Answer::Ok, Answer::No, Answer::Yes};
     QTimer::singleShot(50, [this] {
-        EXPECT_FALSE(frame_->close());
+        EXPECT_FALSE(window_->close());
         run(command::MacroPlay);
     });
     QTimer::singleShot(400, [this] { run(command::MacroPlay); });
@@ -218,17 +193,17 @@ TEST_F(MacroSessionTest, PlayingWaitsForTheModifiersToBeReleased) {
 TEST_F(MacroSessionTest, LoadReportsProblemsExplainsAndHandsOnTheTooltip) {
     ScriptedMessageService messages{Answer::Ok, Answer::Ok, Answer::Ok};
     std::shared_ptr<QString> report = expectReport();
-    EXPECT_TRUE(macros().load(writeMacro(QStringLiteral("bad.mcr"), "COPY\nSETFOCUS\n")));
+    EXPECT_TRUE(macros().load(writeFile(QStringLiteral("bad.mcr"), "COPY\nSETFOCUS\n")));
     EXPECT_TRUE(macros().commands().empty());
     EXPECT_TRUE(report->endsWith(QStringLiteral("中止しました。")));
-    EXPECT_FALSE(frame_->commands().isEnabled(command::MacroPlay));
+    EXPECT_FALSE(window_->commands().isEnabled(command::MacroPlay));
 
     report = expectReport();
-    EXPECT_TRUE(macros().load(writeMacro(QStringLiteral("warn.mcr"),
-                                         "TOOLTIP \"Tip\"\nEXPLAIN \"a\\nb\"\nCOPY x\n")));
+    EXPECT_TRUE(macros().load(
+        writeFile(QStringLiteral("warn.mcr"), "TOOLTIP \"Tip\"\nEXPLAIN \"a\\nb\"\nCOPY x\n")));
     EXPECT_TRUE(report->startsWith(QStringLiteral("    Worning (3)")));
     EXPECT_EQ(macros().commands().size(), 1u);
-    EXPECT_EQ(frame_->commands().action(command::MacroPlay)->toolTip(), QStringLiteral("Tip\""));
+    EXPECT_EQ(window_->commands().action(command::MacroPlay)->toolTip(), QStringLiteral("Tip\""));
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_EQ(messages.shown()[0].caption, QStringLiteral("マクロの説明"));
     EXPECT_EQ(messages.shown()[0].text, QStringLiteral("a\nb\""));

@@ -31,9 +31,8 @@ TEST(SplitAtDoubleDash, KeepsEveryWordAfterTheFirstDoubleDashFromQt) {
     std::vector<std::string> words = {"korveledit", "-platform", "offscreen", "--",
                                       "-style",     "--",        "b.txt"};
     std::vector<char*> argv;
-    for (std::string& word : words) {
+    for (std::string& word : words)
         argv.push_back(word.data());
-    }
     const SplitArguments split = SplitAtDoubleDash(static_cast<int>(argv.size()), argv.data());
     ASSERT_EQ(split.forQt.size(), 4u);
     EXPECT_STREQ(split.forQt[0], "korveledit");
