@@ -6,6 +6,7 @@
 #include "settings/SettingsStore.h"
 
 #include <QProcess>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <csignal>
 #include <gtest/gtest.h>
