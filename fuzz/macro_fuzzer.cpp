@@ -21,19 +21,12 @@ bool IsDiagnosticLine(QStringView line) {
 }
 
 // A CR LF inside a FIND or REPLACE text is written as the end of one quoted text and the start
-// of the next, so it reads back as more texts than it had: known and kept.
+// of the next, so it reads back as more texts than it had: known and kept. Only REPLACE's own
+// separator is a CR LF that comes back.
 bool SplitsOnWriting(const korvel::MacroCommand& command) {
-    const qsizetype pairs = command.text.count(QStringLiteral("\r\n"));
-    switch (command.code) {
-    case MacroCommandCode::Find:
-    case MacroCommandCode::FindUpward:
-        return pairs > 0;
-    case MacroCommandCode::Replace:
-    case MacroCommandCode::ReplaceAll:
-        return pairs > 1;
-    default:
-        return false;
-    }
+    const bool replace =
+        command.code == MacroCommandCode::Replace || command.code == MacroCommandCode::ReplaceAll;
+    return command.text.count(QStringLiteral("\r\n")) > (replace ? 1 : 0);
 }
 
 } // namespace

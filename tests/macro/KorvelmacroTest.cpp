@@ -48,7 +48,7 @@ TEST_F(Korvelmacro, CheckReportsEachFileAndTheWorstStatus) {
     EXPECT_TRUE(run.out.endsWith(
         u"\n ----------------------------\n　　エラーが発生したため、マクロのロードを中止しました。\n"_s));
 
-    const Outcome missing = Start({u"check"_s, failed, dir_.filePath(u"none.mcr"_s)});
+    const Outcome missing = Start({u"check"_s, dir_.filePath(u"none.mcr"_s), failed});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_TRUE(missing.err.contains(dir_.filePath(u"none.mcr"_s)));
 }
