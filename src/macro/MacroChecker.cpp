@@ -358,6 +358,8 @@ private:
         return WithoutQuotes(path->text).toString();
     }
 
+    // An unknown word is shown as written: decoded, its escapes could break the diagnostic's one
+    // line in two.
     std::optional<MacroCommand> CheckLock(TokenReader& tokens, const Keyword& keyword) {
         ReadOptions(tokens, keyword.word, 0);
         const std::optional<MacroToken> token = tokens.Next();
@@ -370,7 +372,7 @@ private:
         command.ctrl = IsWord(word, QLatin1StringView("CTRL"));
         command.shift = IsWord(word, QLatin1StringView("SHIFT"));
         if (!command.ctrl && !command.shift)
-            Error(keyword.code == MacroCommandCode::Lock ? 33016 : 33015, {word});
+            Error(keyword.code == MacroCommandCode::Lock ? 33016 : 33015, {token->text});
         WarnLeftOver(tokens);
         return command;
     }
@@ -387,7 +389,7 @@ private:
         const auto choice = std::ranges::find_if(
             choices, [&](const MacroChoice& c) { return IsWord(word, c.word); });
         if (choice == choices.end())
-            Error(unknownId, {word});
+            Error(unknownId, {token->text});
         else
             command.value = choice->value;
         WarnLeftOver(tokens);
