@@ -204,13 +204,13 @@ private:
             command = CheckLock(tokens, *keyword);
             break;
         case MacroCommandCode::Select:
-            command = CheckChoice(tokens, *keyword, kSelectChoices, 1, 33017);
+            command = CheckChoice(tokens, *keyword, kSelectChoices, 33017);
             break;
         case MacroCommandCode::Unselect:
-            command = CheckChoice(tokens, *keyword, kUnselectChoices, 1, 33018);
+            command = CheckChoice(tokens, *keyword, kUnselectChoices, 33018);
             break;
         case MacroCommandCode::EnableWindow:
-            command = CheckChoice(tokens, *keyword, kEnableWindowChoices, 1, 33021);
+            command = CheckChoice(tokens, *keyword, kEnableWindowChoices, 33021);
             break;
         case MacroCommandCode::Sleep:
             command = CheckSleep(tokens);
@@ -378,10 +378,10 @@ private:
     }
 
     std::optional<MacroCommand> CheckChoice(TokenReader& tokens, const Keyword& keyword,
-                                            std::span<const MacroChoice> choices,
-                                            std::int32_t absent, int unknownId) {
+                                            std::span<const MacroChoice> choices, int unknownId) {
         ReadOptions(tokens, keyword.word, 0);
-        MacroCommand command = Command(keyword.code, QString(), absent);
+        // SELECT, UNSELECT and ENABLEWINDOW alike mean 1 without an argument.
+        MacroCommand command = Command(keyword.code, QString(), 1);
         const std::optional<MacroToken> token = tokens.Next();
         if (!token)
             return command;
