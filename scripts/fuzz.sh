@@ -11,7 +11,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 targets=(detection_fuzzer shiftjis_utf8_fuzzer jis_euc_fuzzer document_fuzzer shortcut_fuzzer
-         settings_fuzzer handover_fuzzer)
+         settings_fuzzer handover_fuzzer macro_fuzzer)
 [ $# -gt 0 ] && targets=("$@")
 seconds="${FUZZ_SECONDS:-60}"
 build_dir="${FUZZ_BUILD_DIR:-build-fuzz}"

@@ -204,13 +204,13 @@ private:
             command = CheckLock(tokens, *keyword);
             break;
         case MacroCommandCode::Select:
-            command = CheckChoice(tokens, *keyword, kSelectChoices, 1, 33017);
+            command = CheckChoice(tokens, *keyword, kSelectChoices, 33017);
             break;
         case MacroCommandCode::Unselect:
-            command = CheckChoice(tokens, *keyword, kUnselectChoices, 1, 33018);
+            command = CheckChoice(tokens, *keyword, kUnselectChoices, 33018);
             break;
         case MacroCommandCode::EnableWindow:
-            command = CheckChoice(tokens, *keyword, kEnableWindowChoices, 1, 33021);
+            command = CheckChoice(tokens, *keyword, kEnableWindowChoices, 33021);
             break;
         case MacroCommandCode::Sleep:
             command = CheckSleep(tokens);
@@ -358,6 +358,8 @@ private:
         return WithoutQuotes(path->text).toString();
     }
 
+    // An unknown word is shown as written: decoded, its escapes could break the diagnostic's one
+    // line in two.
     std::optional<MacroCommand> CheckLock(TokenReader& tokens, const Keyword& keyword) {
         ReadOptions(tokens, keyword.word, 0);
         const std::optional<MacroToken> token = tokens.Next();
@@ -370,16 +372,16 @@ private:
         command.ctrl = IsWord(word, QLatin1StringView("CTRL"));
         command.shift = IsWord(word, QLatin1StringView("SHIFT"));
         if (!command.ctrl && !command.shift)
-            Error(keyword.code == MacroCommandCode::Lock ? 33016 : 33015, {word});
+            Error(keyword.code == MacroCommandCode::Lock ? 33016 : 33015, {token->text});
         WarnLeftOver(tokens);
         return command;
     }
 
     std::optional<MacroCommand> CheckChoice(TokenReader& tokens, const Keyword& keyword,
-                                            std::span<const MacroChoice> choices,
-                                            std::int32_t absent, int unknownId) {
+                                            std::span<const MacroChoice> choices, int unknownId) {
         ReadOptions(tokens, keyword.word, 0);
-        MacroCommand command = Command(keyword.code, QString(), absent);
+        // SELECT, UNSELECT and ENABLEWINDOW alike mean 1 without an argument.
+        MacroCommand command = Command(keyword.code, QString(), 1);
         const std::optional<MacroToken> token = tokens.Next();
         if (!token)
             return command;
@@ -387,7 +389,7 @@ private:
         const auto choice = std::ranges::find_if(
             choices, [&](const MacroChoice& c) { return IsWord(word, c.word); });
         if (choice == choices.end())
-            Error(unknownId, {word});
+            Error(unknownId, {token->text});
         else
             command.value = choice->value;
         WarnLeftOver(tokens);
