@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringDecoder>
+#include <algorithm>
 #include <cstring>
 
 namespace korvel {
@@ -29,20 +30,24 @@ QString DecodeUtf16(std::string_view bytes) {
     return text;
 }
 
-// Shift_JIS as the device read it; UTF-8 when only UTF-8 makes sense of the bytes, since a macro
-// written with a Linux text tool is UTF-8.
+// Shift_JIS as the device read it, unless the bytes are UTF-8 with characters beyond ASCII: a
+// macro written with a Linux text tool is UTF-8, and Japanese Shift_JIS text hardly ever passes
+// as UTF-8 (its lead bytes 0x81-0x9F are UTF-8 continuation bytes), while much UTF-8 Japanese
+// text ("日本" among it) also passes as Shift_JIS.
 QString DecodeMultibyte(std::string_view bytes) {
-    const CodecResult shiftJis = RunConverter(ShiftJisToUnicode, bytes.data(), bytes.size());
     QString text;
-    if (shiftJis.status == CodecOk) {
+    const bool ascii = std::all_of(bytes.begin(), bytes.end(),
+                                   [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+    if (!ascii) {
+        QStringDecoder utf8(QStringDecoder::Utf8);
+        text = utf8(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
+        if (utf8.hasError())
+            text.clear();
+    }
+    if (ascii || text.isNull()) {
+        const CodecResult shiftJis = RunConverter(ShiftJisToUnicode, bytes.data(), bytes.size());
         const std::u16string_view units = shiftJis.block.units();
         text = QString::fromUtf16(units.data(), qsizetype(units.size()));
-    }
-    if (shiftJis.status != CodecOk || text.contains(QChar::ReplacementCharacter)) {
-        QStringDecoder utf8(QStringDecoder::Utf8);
-        QString utf8Text = utf8(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
-        if (!utf8.hasError())
-            text = std::move(utf8Text);
     }
     // Text mode: a CR LF reaches the reader as one LF.
     return text.replace(QLatin1StringView("\r\n"), QLatin1StringView("\n"));

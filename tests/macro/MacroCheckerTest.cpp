@@ -129,7 +129,8 @@ const FileRow kFileRows[] = {
     {"zero-after-1024", std::string(1024, 'A') + std::string("\0", 1), QString(1024, u'A') + QChar(0)},
     {"shift-jis-text-mode", "\x82\xa0\r\nB\rC", u"あ\nB\rC"_s},
     {"utf8-when-not-shift-jis", "\xe3\x81\x82\xe3\x81\x84\xe3\x81\x86", u"あいう"_s},
-    {"shift-jis-when-both", "\xc3\xa9", u"ﾃｩ"_s},
+    {"utf8-when-both", "\xe6\x97\xa5\xe6\x9c\xac", u"日本"_s},
+    {"shift-jis-when-not-utf8", "\x93\xfa\x96\x7b\xc3", u"日本ﾃ"_s},
 };
 // clang-format on
 
