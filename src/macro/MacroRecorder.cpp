@@ -26,7 +26,6 @@ constexpr NamedKey kNamedKeys[] = {
 std::optional<QString> QuotedCharacter(QChar c) {
     switch (c.unicode()) {
     case u'\r':
-    case u'\n':
         return QStringLiteral("\"\\n\"");
     case u'\t':
         return QStringLiteral("\"\\t\"");
@@ -91,9 +90,13 @@ void MacroRecorder::addKey(const QKeyEvent& key) {
         commands_.push_back(std::move(command));
         return;
     }
+    // Ctrl+Enter types a line feed, which is no character of the text; recorded as Ctrl and
+    // "\n" it would play back as Ctrl+N.
+    const bool ctrl = modifiers.testFlag(Qt::ControlModifier);
+    if (ctrl && (key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter))
+        return;
     // The character carries Shift in its own case; Ctrl and Alt are recorded beside it.
-    addCharacters(key.text(), modifiers.testFlag(Qt::ControlModifier),
-                  modifiers.testFlag(Qt::AltModifier));
+    addCharacters(key.text(), ctrl, modifiers.testFlag(Qt::AltModifier));
 }
 
 void MacroRecorder::addCharacters(QStringView text, bool ctrl, bool alt) {

@@ -23,6 +23,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
+#include <QCursor>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
@@ -30,6 +31,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 namespace korvel {
@@ -98,7 +100,7 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     layout->addWidget(view_, 1);
     setCentralWidget(centre);
     searchBars_ = new SearchBars(*view_, *barArea_);
-    macros_ = new MacroSession(*view_, store, this);
+    macros_ = std::make_unique<MacroSession>(*view_, store, this);
 
     addCommands();
     // The sheet writes the store; the view reads it again at once. The browse dialog reads
@@ -111,6 +113,8 @@ CMainFrame::CMainFrame(SettingsStore& store, QWidget* parent)
     AssignAccelerators(*commands_);
     mainMenu_ = menuBar()->addMenu(QStringLiteral("ﾒﾆｭｰ"));
     BuildMainMenu(*mainMenu_, *commands_, *recentFiles_);
+    for (QMenu* menu : mainMenu_->findChildren<QMenu*>())
+        connect(menu, &QMenu::hovered, this, &CMainFrame::showMacroTooltip);
     // Keyboard-only commands need a home in the window for their keys to work.
     for (int id :
          {command::PopUpMainMenu, command::FindBackward, command::FindForward, command::ReplaceNext,
@@ -198,11 +202,17 @@ void CMainFrame::addCommands() {
     table.add(command::FileProperties, text(command::FileProperties),
               {[view] { view->showFileInformation(); }});
     macros_->addCommands(table);
-    connect(macros_, &MacroSession::stateChanged, this, &CMainFrame::updateMacroLabels);
-    // The loaded macro's tooltip is the play command's.
-    connect(macros_, &MacroSession::tooltipChanged, this, [this](const QString& tooltip) {
-        commands_->action(command::MacroPlay)->setToolTip(tooltip);
-    });
+    connect(macros_.get(), &MacroSession::stateChanged, this, &CMainFrame::updateMacroLabels);
+}
+
+void CMainFrame::showMacroTooltip(QAction* hovered) {
+    // The loaded macro says what it does beside the item that plays it; the other items keep
+    // their menus free of tips.
+    const QString& tooltip = macros_->tooltip();
+    if (hovered == commands_->action(command::MacroPlay) && !tooltip.isEmpty())
+        QToolTip::showText(QCursor::pos(), tooltip);
+    else
+        QToolTip::hideText();
 }
 
 bool CMainFrame::openPath(const QString& path) {

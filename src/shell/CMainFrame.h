@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 
+class QAction;
 class QMenu;
 
 namespace korvel {
@@ -58,6 +59,7 @@ private:
     void openRecentFile(int index);
     void updateTitle();
     void updateMacroLabels();
+    void showMacroTooltip(QAction* hovered);
 
     CommandTable* commands_;
     std::unique_ptr<RecentFileList> recentFiles_;
@@ -65,7 +67,8 @@ private:
     QWidget* barArea_;
     SearchBars* searchBars_;
     QMenu* mainMenu_;
-    MacroSession* macros_;
+    // Ends before the view it records and plays on.
+    std::unique_ptr<MacroSession> macros_;
     bool checkingActivation_ = false;
 };
 

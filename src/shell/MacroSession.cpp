@@ -118,7 +118,7 @@ bool MacroSession::load(const std::optional<QString>& path) {
     }
     commands_.clear();
     player_->releaseHeldKeys();
-    emit tooltipChanged(QString());
+    tooltip_.clear();
     emit stateChanged();
     const std::optional<QString> text = ReadMacroFile(file);
     if (!text) {
@@ -138,7 +138,7 @@ void MacroSession::showLoadResult(const CheckedMacro& macro) {
         ShowMacroLoadReport(report, window_);
     if (macro.hasError)
         return;
-    emit tooltipChanged(macro.tooltip);
+    tooltip_ = macro.tooltip;
     if (macro.explanation.isEmpty())
         return;
     MessageRequest request;
@@ -164,7 +164,7 @@ void MacroSession::toggleRecording() {
         commands_ = recorder_->commands();
     } else {
         commands_.clear();
-        emit tooltipChanged(QString());
+        tooltip_.clear();
         recorder_->start();
     }
     emit stateChanged();

@@ -37,6 +37,8 @@ public:
     bool isRecording() const;
     const std::vector<MacroCommand>& commands() const { return commands_; }
     const QString& folder() const { return folder_; }
+    // The loaded macro's TOOLTIP, empty when it has none.
+    const QString& tooltip() const { return tooltip_; }
 
     // "マクロのロード": loads path (or the file chosen in the browse dialog when there is none)
     // and shows the result. False when nothing was read: the dialog was cancelled or the file
@@ -59,8 +61,6 @@ signals:
     // Recording started or ended, a macro was loaded or played: the commands' states and
     // labels change.
     void stateChanged();
-    // The loaded macro's TOOLTIP, empty when it has none.
-    void tooltipChanged(const QString& tooltip);
 
 private:
     bool browse(BrowseRequest& request);
@@ -70,6 +70,7 @@ private:
     SettingsStore& store_;
     QWidget* window_;
     std::vector<MacroCommand> commands_;
+    QString tooltip_;
     QString folder_;
     std::unique_ptr<MacroPlayer> player_;
     std::unique_ptr<MacroRecorder> recorder_;

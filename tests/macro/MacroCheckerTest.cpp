@@ -96,7 +96,9 @@ TEST(MacroChecker, Rows) {
         const CheckedMacro macro = CheckMacro(row.macro);
         EXPECT_EQ(macro.diagnostics, Expected(row.diagnostics));
         EXPECT_EQ(macro.commands, row.commands);
-        EXPECT_EQ(macro.hasError, LoadReport(macro) != macro.diagnostics);
+        // The string table's error texts begin so; a warning raised as an error loads nothing.
+        EXPECT_EQ(macro.hasError, macro.diagnostics.startsWith(u"*** ERROR ("_s) ||
+                                      macro.diagnostics.contains(u"\n*** ERROR ("_s));
     }
 }
 

@@ -11,6 +11,7 @@
 #include "shell/CMainFrame.h"
 #include "shell/CommandIds.h"
 #include "shell/CommandTable.h"
+#include "shell/FindBar.h"
 #include "shell/ReplaceBar.h"
 #include "shell/SearchBars.h"
 #include "support/WindowTest.h"
@@ -19,9 +20,11 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QTest>
 #include <QToolButton>
+#include <QToolTip>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -34,7 +37,6 @@ class MacroSessionTest : public testing::WindowTest<CMainFrame> {
 protected:
     void SetUp() override {
         testing::WindowTest<CMainFrame>::SetUp();
-        store_->write(setting::MRU_FOLDER, dir_.path() + u'/');
         control()->setFocus();
         macros().setBrowseDialog([this](BrowseRequest& request, QWidget*) {
             request.folder = dir_.path() + u'/';
@@ -91,6 +93,13 @@ TEST_F(MacroSessionTest, RecordedEditingSavedLoadedAndPlayedGivesTheSameText) {
     run(command::EditCopy);
     QTest::keyClick(control(), Qt::Key_End, Qt::ControlModifier);
     run(command::EditPaste);
+    // Ctrl+Enter types nothing, and must record nothing that would play as Ctrl+N.
+    QTest::keyClick(control(), Qt::Key_Return, Qt::ControlModifier);
+    QTest::keyClick(control(), Qt::Key_Home, Qt::ControlModifier);
+    run(command::Find);
+    QTest::keyClicks(window_->searchBars().findBar()->textEdit(), QStringLiteral("d"));
+    QTest::keyClick(window_->searchBars().findBar()->textEdit(), Qt::Key_Return);
+    QTest::keyClicks(control(), QStringLiteral("D"));
     run(command::Replace);
     QTest::keyClicks(window_->searchBars().replaceBar()->findEdit(), QStringLiteral("b"));
     QTest::keyClicks(window_->searchBars().replaceBar()->replacementEdit(), QStringLiteral("B"));
@@ -98,7 +107,7 @@ TEST_F(MacroSessionTest, RecordedEditingSavedLoadedAndPlayedGivesTheSameText) {
     window_->searchBars().replaceBar()->replaceAllButton()->click();
     run(command::MacroRecord);
     const QString recorded = text();
-    ASSERT_EQ(recorded, QStringLiteral("aB\"c\\ d\r\naaB\"c\\ d\r\na"));
+    ASSERT_EQ(recorded, QStringLiteral("aB\"c\\ D\r\naaB\"c\\ d\r\na"));
 
     chosenName_ = QStringLiteral("edit.mcr");
     ASSERT_TRUE(macros().save());
@@ -108,6 +117,9 @@ TEST_F(MacroSessionTest, RecordedEditingSavedLoadedAndPlayedGivesTheSameText) {
     run(command::MacroPlay);
     EXPECT_EQ(text(), recorded);
     EXPECT_EQ(messages.shownIds(), (QList<int>{33026, 33026}));
+    // The folder of the file chosen is where the next window's dialogs start.
+    makeWindow();
+    EXPECT_EQ(store_->read(setting::MRU_FOLDER), dir_.path() + u'/');
 }
 
 // The player's keys reach the text as real keys do, shortcuts included; LOCK holds a modifier
@@ -203,7 +215,11 @@ TEST_F(MacroSessionTest, LoadReportsProblemsExplainsAndHandsOnTheTooltip) {
         writeFile(QStringLiteral("warn.mcr"), "TOOLTIP \"Tip\"\nEXPLAIN \"a\\nb\"\nCOPY x\n")));
     EXPECT_TRUE(report->startsWith(QStringLiteral("    Worning (3)")));
     EXPECT_EQ(macros().commands().size(), 1u);
-    EXPECT_EQ(window_->commands().action(command::MacroPlay)->toolTip(), QStringLiteral("Tip\""));
+    QAction* play = window_->commands().action(command::MacroPlay);
+    auto* tools = qobject_cast<QMenu*>(play->associatedObjects().value(0));
+    ASSERT_NE(tools, nullptr);
+    emit tools->hovered(play);
+    EXPECT_EQ(QToolTip::text(), QStringLiteral("Tip\""));
     ASSERT_EQ(messages.shown().size(), 1);
     EXPECT_EQ(messages.shown()[0].caption, QStringLiteral("マクロの説明"));
     EXPECT_EQ(messages.shown()[0].text, QStringLiteral("a\nb\""));
