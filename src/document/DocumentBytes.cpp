@@ -46,9 +46,9 @@ CodecResult ShiftJisResultToUnicode(CodecResult shiftJis) {
 CodecResult ConvertToUnicode(const std::uint8_t* bytes, std::size_t length, TextEncoding encoding) {
     switch (encoding) {
     case TextEncoding::Jis:
-        return ShiftJisResultToUnicode(RunConverter(JisToShiftJis, bytes, length));
+        return RunConverter(JisToUnicode, bytes, length);
     case TextEncoding::Euc:
-        return ShiftJisResultToUnicode(RunConverter(EucToShiftJis, bytes, length));
+        return RunConverter(EucToUnicode, bytes, length);
     case TextEncoding::GarbledMail: {
         // The repair clears eighth bits in its source, so it works on a copy of its own.
         auto* copy = static_cast<std::uint8_t*>(std::malloc(length + 1));
@@ -234,12 +234,12 @@ EncodedDocument EncodeDocumentText(std::u16string_view text, TextEncoding encodi
         if (text.empty()) {
             return result; // the platform conversion cannot convert nothing: an empty file
         }
-        converted = RunConverter(UnicodeToShiftJis, units, byteLength);
-        if (converted.status == CodecOk && encoding == TextEncoding::Jis) {
-            converted = RunConverter(ShiftJisToJis, converted.block.data(), converted.block.size(),
-                                     jisKatakanaMode);
-        } else if (converted.status == CodecOk && encoding == TextEncoding::Euc) {
-            converted = RunConverter(ShiftJisToEuc, converted.block.data(), converted.block.size());
+        if (encoding == TextEncoding::Jis) {
+            converted = RunConverter(UnicodeToJis, units, byteLength, jisKatakanaMode);
+        } else if (encoding == TextEncoding::Euc) {
+            converted = RunConverter(UnicodeToEuc, units, byteLength);
+        } else {
+            converted = RunConverter(UnicodeToShiftJis, units, byteLength);
         }
         break;
     }
