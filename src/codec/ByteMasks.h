@@ -49,9 +49,21 @@ inline std::uint64_t HighBitMask(const std::uint8_t* bytes) {
     return RangeMask(bytes, 0x80, 0xFF);
 }
 
-// Bit k is set when bytes[k] is exactly value.
+// Bit k is set when bytes[k] is exactly value; the scalar twin is RangeMaskScalar(value, value).
 inline std::uint64_t ByteMask(const std::uint8_t* bytes, std::uint8_t value) {
-    return RangeMask(bytes, value, value);
+#if defined(__SSE2__)
+    const __m128i wanted = _mm_set1_epi8(static_cast<char>(value));
+    std::uint64_t mask = 0;
+    for (int q = 0; q < 4; ++q) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * q));
+        const __m128i equal = _mm_cmpeq_epi8(chunk, wanted);
+        mask |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(equal)))
+                << (16 * q);
+    }
+    return mask;
+#else
+    return RangeMaskScalar(bytes, value, value);
+#endif
 }
 
 // The UTF-8 sequence structure of one block. owed marks the continuation bytes that the block

@@ -26,6 +26,8 @@ TEST(ByteMasks, RangeMaskAgreesWithItsScalarTwin) {
             const auto h = static_cast<std::uint8_t>(high);
             ASSERT_EQ(RangeMask(block, l, h), RangeMaskScalar(block, l, h))
                 << "range " << low << "-" << high << " round " << round;
+            ASSERT_EQ(ByteMask(block, l), RangeMaskScalar(block, l, l))
+                << "byte " << low << " round " << round;
         }
     }
 }
