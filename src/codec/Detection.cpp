@@ -103,7 +103,7 @@ std::size_t SkipValidUtf8Blocks(const std::uint8_t* bytes, std::size_t length, b
         owed = masks.nextOwed;
         sawHighByte |= high != 0;
     }
-    pending = std::popcount(owed);
+    pending = detail::CountBits(owed);
     return i;
 }
 
@@ -327,18 +327,19 @@ LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
         const std::uint8_t* block = bytes + i;
         const std::uint64_t crs = detail::ByteMask(block, 0x0D);
         const std::uint64_t lfs = detail::ByteMask(block, 0x0A);
-        lf += static_cast<std::size_t>(std::popcount(lfs));
+        lf += static_cast<std::size_t>(detail::CountBits(lfs));
         if (crs == 0) {
             continue;
         }
-        cr += static_cast<std::size_t>(std::popcount(crs));
+        cr += static_cast<std::size_t>(detail::CountBits(crs));
         const std::uint64_t lfNext =
             lfs >> 1 | static_cast<std::uint64_t>(block[detail::kMaskBlock] == 0x0A) << 63;
-        crlf += static_cast<std::size_t>(std::popcount(crs & lfNext));
-        // Text has a line's worth of bytes between CRs, so the UTF-16 pairs go one by one.
-        for (std::uint64_t rest = crs & ~lfNext; rest != 0; rest &= rest - 1) {
-            const std::uint8_t* p = block + std::countr_zero(rest);
-            crlf += static_cast<std::size_t>((p[1] == 0) & (p[2] == 0x0A) & (p[3] == 0));
+        crlf += static_cast<std::size_t>(detail::CountBits(crs & lfNext));
+        const std::uint64_t rest = crs & ~lfNext;
+        if (rest != 0) {
+            crlf += static_cast<std::size_t>(detail::CountBits(
+                rest & detail::ByteMask(block + 1, 0) & detail::ByteMask(block + 2, 0x0A) &
+                detail::ByteMask(block + 3, 0)));
         }
     }
     auto pairAt = [&](std::size_t k) {

@@ -329,6 +329,13 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
     while (i < byteLength) {
         const std::uint8_t b = bytes[i];
         if (b == kEsc) {
+            // ESC $ B and ESC ( B stand round nearly every kanji stretch.
+            if (i + 3 <= byteLength && (bytes[i + 1] == '$' || bytes[i + 1] == '(') &&
+                bytes[i + 2] == 'B') {
+                mode = bytes[i + 1] == '$' ? 1 : 0;
+                i += 3;
+                continue;
+            }
             const detail::EscapeMatch match =
                 detail::MatchEscapeBody(bytes + i + 1, byteLength - i - 1);
             if (match.mode == 3) {
@@ -363,8 +370,26 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
                 continue;
             }
             if (mode == 1) {
-                // JIS X 0208 pairs read as their EUC form.
+                // JIS X 0208 pairs read as their EUC form, four at a time while eight bytes
+                // are all 21 to 7E.
                 std::size_t k = i;
+                for (; k + 8 <= byteLength; k += 8) {
+                    std::uint64_t word;
+                    std::memcpy(&word, bytes + k, sizeof word);
+                    constexpr std::uint64_t kHigh = 0x8080808080808080ULL;
+                    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+                    // Without high bits no byte carries into the next: b + 5F has its high
+                    // bit from 21 up, b + 1 from 7F up.
+                    if ((word & kHigh) != 0 || ((word + 0x5F * kOnes) & kHigh) != kHigh ||
+                        ((word + kOnes) & kHigh) != 0) {
+                        break;
+                    }
+                    for (int pair = 0; pair < 8; pair += 2) {
+                        d[pair / 2] =
+                            eucUnits[(bytes[k + pair] | 0x80) << 8 | (bytes[k + pair + 1] | 0x80)];
+                    }
+                    d += 4;
+                }
                 for (; k + 1 < byteLength; k += 2) {
                     const unsigned j1 = bytes[k] - 0x21u;
                     const unsigned j2 = bytes[k + 1] - 0x21u;
@@ -469,24 +494,33 @@ CodecStatus UnicodeToJis(const void* source, std::size_t byteLength, std::uint8_
     while (k < unitCount) {
         const char16_t unit = detail::LoadUnit(bytes + 2 * k);
         if (writer.Idle()) {
-            const std::uint16_t code = jisCodes[unit];
+            // A stretch of one kind at a time: the state is tested once per stretch, and the
+            // loops do not guess at each character whether the next is of the other kind.
+            std::uint16_t code = jisCodes[unit];
             if (code < 0x100) {
                 writer.SwitchTo(JisByteWriter::Ascii);
-                if (unit < 0x80 && k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
-                    d += 8;
-                    k += 8;
-                    continue;
-                }
-                *d++ = static_cast<std::uint8_t>(code);
-                ++k;
+                do {
+                    if (k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
+                        d += 8;
+                        k += 8;
+                    } else {
+                        *d++ = static_cast<std::uint8_t>(code);
+                        ++k;
+                    }
+                } while (k < unitCount &&
+                         (code = jisCodes[detail::LoadUnit(bytes + 2 * k)]) < 0x100);
                 continue;
             }
             if (code != cp932::kUnmapped) {
                 writer.SwitchTo(JisByteWriter::Kanji);
-                d[0] = static_cast<std::uint8_t>(code >> 8);
-                d[1] = static_cast<std::uint8_t>(code);
-                d += 2;
-                ++k;
+                do {
+                    d[0] = static_cast<std::uint8_t>(code >> 8);
+                    d[1] = static_cast<std::uint8_t>(code);
+                    d += 2;
+                    ++k;
+                } while (k < unitCount && static_cast<std::uint16_t>(
+                                              (code = jisCodes[detail::LoadUnit(bytes + 2 * k)]) -
+                                              0x100) < cp932::kUnmapped - 0x100);
                 continue;
             }
         }

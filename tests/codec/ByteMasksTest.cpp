@@ -1,5 +1,6 @@
 #include "codec/ByteMasks.h"
 
+#include <bit>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -46,6 +47,7 @@ TEST(ByteMasks, SecondBytePositionsAgreesWithCharacterWalk) {
                 << std::hex << "leads " << leads << " carry " << carryIn;
             ASSERT_EQ(fastCarry, slowCarry)
                 << std::hex << "leads " << leads << " carry " << carryIn;
+            ASSERT_EQ(CountBits(leads), std::popcount(leads)) << std::hex << "leads " << leads;
         }
     }
 }
