@@ -21,12 +21,14 @@ inline void AdviseHugePages(std::uint8_t* data, std::size_t size) {
     if (size < 4 * kHugePage) {
         return;
     }
+    // The advice covers whole small pages, not only the huge pages inside the block: advice
+    // on part of a mapping splits it, and a split mapping cannot grow in place when the
+    // block is reallocated (line breaks widened after the conversion).
+    constexpr std::uintptr_t kPage = 4096;
     const auto begin = reinterpret_cast<std::uintptr_t>(data);
-    const std::uintptr_t first = (begin + kHugePage - 1) & ~(kHugePage - 1);
-    const std::uintptr_t last = (begin + size) & ~(kHugePage - 1);
-    if (last > first) {
-        madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-    }
+    const std::uintptr_t first = begin & ~(kPage - 1);
+    const std::uintptr_t last = (begin + size + kPage - 1) & ~(kPage - 1);
+    madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 #else
     (void)data;
     (void)size;

@@ -44,14 +44,28 @@ bool DecodeWellFormedBlock(const std::uint8_t* block, char16_t*& d, std::uint64_
         d += detail::kMaskBlock;
         return true;
     }
-    const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
-    if (masks.wanted != masks.continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
-        return false;
+    const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
+    std::uint64_t nextOwed = 0;
+    if (detail::RangeMask(block, 0xF0, 0xFF) == 0) {
+        // Sequences of two and three bytes only, as nearly all text in the BMP: the masks
+        // of the longer forms are all zero and need not be made.
+        const std::uint64_t leads = high & ~continuation;
+        const std::uint64_t from3 = detail::RangeMask(block, 0xE0, 0xEF);
+        if ((owed | leads << 1 | from3 << 2) != continuation) {
+            return false;
+        }
+        nextOwed = leads >> 63 | from3 >> 62;
+    } else {
+        const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
+        if (masks.wanted != continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
+            return false;
+        }
+        nextOwed = masks.nextOwed;
     }
-    for (std::uint64_t starts = ~masks.continuation; starts != 0; starts &= starts - 1) {
+    for (std::uint64_t starts = ~continuation; starts != 0; starts &= starts - 1) {
         *d++ = DecodeWellFormed(block + std::countr_zero(starts));
     }
-    owed = masks.nextOwed;
+    owed = nextOwed;
     return true;
 }
 
