@@ -59,9 +59,19 @@ inline std::uint64_t RangeMask(const std::uint8_t* bytes, std::uint8_t low, std:
 #endif
 }
 
-// Bit k is set when bytes[k] is 0x80 or more.
+// Bit k is set when bytes[k] is 0x80 or more; the scalar twin is RangeMaskScalar(0x80, 0xFF).
 inline std::uint64_t HighBitMask(const std::uint8_t* bytes) {
-    return RangeMask(bytes, 0x80, 0xFF);
+#if defined(__SSE2__)
+    std::uint64_t mask = 0;
+    for (int q = 0; q < 4; ++q) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * q));
+        mask |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(chunk)))
+                << (16 * q);
+    }
+    return mask;
+#else
+    return RangeMaskScalar(bytes, 0x80, 0xFF);
+#endif
 }
 
 // Bit k is set when bytes[k] is exactly value; the scalar twin is RangeMaskScalar(value, value).

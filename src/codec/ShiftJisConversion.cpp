@@ -94,9 +94,12 @@ CodecStatus ShiftJisToUnicode(const void* source, std::size_t byteLength, std::u
             continue;
         }
         const std::uint64_t leads =
-            detail::RangeMask(block, 0x81, 0x9F) | detail::RangeMask(block, 0xE0, 0xFC);
+            detail::RangeMask(block, 0x81, 0xFC) & ~detail::RangeMask(block, 0xA0, 0xDF);
+        const std::uint64_t trails =
+            detail::RangeMask(block, 0x40, 0xFC) & ~detail::ByteMask(block, 0x7F);
         const std::uint64_t trailNext =
-            detail::RangeMask(block + 1, 0x40, 0xFC) & ~detail::ByteMask(block + 1, 0x7F);
+            trails >> 1 | static_cast<std::uint64_t>(cp932::IsTrailByte(block[detail::kMaskBlock]))
+                              << 63;
         // The table reads a lead without a trail as U+FFFD, so only the starts matter here.
         for (std::uint64_t starts = ~detail::SecondBytePositions(leads & trailNext, carry);
              starts != 0; starts &= starts - 1) {

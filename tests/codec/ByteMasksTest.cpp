@@ -29,6 +29,7 @@ TEST(ByteMasks, RangeMaskAgreesWithItsScalarTwin) {
                 << "range " << low << "-" << high << " round " << round;
             ASSERT_EQ(ByteMask(block, l), RangeMaskScalar(block, l, l))
                 << "byte " << low << " round " << round;
+            ASSERT_EQ(HighBitMask(block), RangeMaskScalar(block, 0x80, 0xFF)) << "round " << round;
         }
     }
 }
