@@ -43,27 +43,27 @@ void BM_Utf8ToUnicode(benchmark::State& state, const std::string& file) {
 void BM_UnicodeToUtf8(benchmark::State& state, const std::string& file) {
     RunConversion<UnicodeToUtf8>(state, file);
 }
-void BM_JisToShiftJis(benchmark::State& state, const std::string& file) {
-    RunConversion<JisToShiftJis>(state, file);
+void BM_JisToUnicode(benchmark::State& state, const std::string& file) {
+    RunConversion<JisToUnicode>(state, file);
 }
-void BM_EucToShiftJis(benchmark::State& state, const std::string& file) {
-    RunConversion<EucToShiftJis>(state, file);
+void BM_EucToUnicode(benchmark::State& state, const std::string& file) {
+    RunConversion<EucToUnicode>(state, file);
 }
-void BM_ShiftJisToEuc(benchmark::State& state, const std::string& file) {
-    RunConversion<ShiftJisToEuc>(state, file);
+void BM_UnicodeToEuc(benchmark::State& state, const std::string& file) {
+    RunConversion<UnicodeToEuc>(state, file);
 }
-void BM_ShiftJisToJis(benchmark::State& state, const std::string& file) {
-    RunConversion<ShiftJisToJis, 0>(state, file);
+void BM_UnicodeToJis(benchmark::State& state, const std::string& file) {
+    RunConversion<UnicodeToJis, 0>(state, file);
 }
 
 BENCHMARK_CAPTURE(BM_ShiftJisToUnicode, sjis, "sjis.txt")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_UnicodeToShiftJis, utf16le, "utf16le.txt")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Utf8ToUnicode, utf8, "utf8.txt")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_UnicodeToUtf8, utf16le, "utf16le.txt")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_JisToShiftJis, jis, "jis.txt")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_EucToShiftJis, euc, "euc.txt")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_ShiftJisToEuc, sjis, "sjis.txt")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_ShiftJisToJis, sjis, "sjis.txt")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_JisToUnicode, jis, "jis.txt")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_EucToUnicode, euc, "euc.txt")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_UnicodeToEuc, utf16le, "utf16le.txt")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_UnicodeToJis, utf16le, "utf16le.txt")->Unit(benchmark::kMillisecond);
 
 // Mail that lost every ESC byte: the repair has to put each escape back before converting.
 void BM_GarbledMailToShiftJis(benchmark::State& state, const std::string& file) {

@@ -1,10 +1,12 @@
 // The JIS, EUC and garbled-mail converters and ParseJisEscape on any bytes. Besides memory
-// safety: escapes never reach past a terminator, the mail repair leaves no eighth bit set, and
-// well-formed Shift_JIS survives EUC and JIS (katakana kept) unchanged.
+// safety: escapes never reach past a terminator, the mail repair leaves no eighth bit set,
+// well-formed Shift_JIS survives EUC and JIS (katakana kept) unchanged, and the direct
+// conversions to and from UTF-16 give what the route through Shift_JIS gives, byte for byte.
 
 #include "FuzzCheck.h"
 #include "codec/CodecBlock.h"
 #include "codec/JisEucConversion.h"
+#include "codec/ShiftJisConversion.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -108,6 +110,50 @@ void CheckRoundTrips(const std::uint8_t* data, std::size_t size) {
             "Shift_JIS survives JIS (katakana kept) and back");
 }
 
+// The route through a whole Shift_JIS buffer, the twin of each direct conversion.
+template <typename Second, typename... Extra>
+CodecResult ThroughShiftJis(CodecResult first, Second second, Extra... extra) {
+    if (first.status != CodecOk) {
+        return first;
+    }
+    return RunConverter(second, first.block.data(), first.block.size(), extra...);
+}
+
+bool SameResult(CodecResult direct, CodecResult route, int zeros) {
+    if (direct.status != route.status) {
+        return false;
+    }
+    if (direct.status != CodecOk) {
+        return true;
+    }
+    const std::uint8_t* end = direct.block.data() + direct.block.size();
+    return std::ranges::equal(direct.block.bytes(), route.block.bytes()) &&
+           std::all_of(end, end + zeros, [](std::uint8_t b) { return b == 0; });
+}
+
+void CheckDirectRoutes(const std::uint8_t* data, std::size_t size) {
+    using namespace korvel;
+    Require(SameResult(RunConverter(JisToUnicode, data, size),
+                       ThroughShiftJis(RunConverter(JisToShiftJis, data, size), ShiftJisToUnicode),
+                       2),
+            "JisToUnicode gives what the route through Shift_JIS gives");
+    Require(SameResult(RunConverter(EucToUnicode, data, size),
+                       ThroughShiftJis(RunConverter(EucToShiftJis, data, size), ShiftJisToUnicode),
+                       2),
+            "EucToUnicode gives what the route through Shift_JIS gives");
+    Require(SameResult(RunConverter(UnicodeToEuc, data, size),
+                       ThroughShiftJis(RunConverter(UnicodeToShiftJis, data, size), ShiftJisToEuc),
+                       1),
+            "UnicodeToEuc gives what the route through Shift_JIS gives");
+    for (const int katakanaMode : {0, 1}) {
+        Require(SameResult(RunConverter(UnicodeToJis, data, size, katakanaMode),
+                           ThroughShiftJis(RunConverter(UnicodeToShiftJis, data, size),
+                                           ShiftJisToJis, katakanaMode),
+                           1),
+                "UnicodeToJis gives what the route through Shift_JIS gives");
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -117,5 +163,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckConverters(bytes, size);
     CheckEscapes(bytes, size);
     CheckRoundTrips(bytes, size);
+    CheckDirectRoutes(bytes, size);
     return 0;
 }

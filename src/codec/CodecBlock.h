@@ -31,6 +31,12 @@ public:
     CodecBlock& operator=(const CodecBlock&) = delete;
     ~CodecBlock() { std::free(data_); }
 
+    // Gives the block up without freeing it, for a caller that reallocates it.
+    std::uint8_t* release() {
+        length_ = 0;
+        return std::exchange(data_, nullptr);
+    }
+
     std::span<const std::uint8_t> bytes() const { return {data_, length_}; }
     std::uint8_t* data() { return data_; }
     std::size_t size() const { return length_; }

@@ -103,7 +103,7 @@ std::size_t SkipValidUtf8Blocks(const std::uint8_t* bytes, std::size_t length, b
         owed = masks.nextOwed;
         sawHighByte |= high != 0;
     }
-    pending = std::popcount(owed);
+    pending = detail::CountBits(owed);
     return i;
 }
 
@@ -224,7 +224,31 @@ bool IsEucText(const std::uint8_t* bytes, std::size_t length) {
     auto inRange = [](std::uint8_t b, std::uint8_t low, std::uint8_t high) {
         return b >= low && b <= high;
     };
+    // Whole blocks of two-byte characters first, as for Shift_JIS; a block reads one byte
+    // beyond itself. The three-byte characters of JIS X 0212 are rare enough to leave the
+    // rest of the run to the byte-wise walk.
     std::size_t i = 0;
+    std::uint64_t carry = 0;
+    for (; i + detail::kMaskBlock + 1 <= length; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        if (detail::ByteMask(block, 0x8F) != 0) {
+            break;
+        }
+        const std::uint64_t kana = detail::ByteMask(block, 0x8E);
+        const std::uint64_t pairBytes = detail::RangeMask(block, 0xA1, 0xFE);
+        const std::uint64_t seconds = detail::SecondBytePositions(pairBytes | kana, carry);
+        const std::uint64_t starts = ~seconds;
+        // Bit 0 of seconds is the last block's carried second byte, which it checked.
+        const std::uint64_t kanaSeconds = (kana & starts) << 1;
+        const bool kanaAtEnd = (kana & starts) >> 63 != 0;
+        if ((starts & ~(PlainTextMask(block) | pairBytes | kana)) != 0 ||
+            (seconds & ~pairBytes & ~std::uint64_t{1}) != 0 ||
+            (kanaSeconds & ~detail::RangeMask(block, 0xA1, 0xDF)) != 0 ||
+            (carry != 0 && !inRange(block[detail::kMaskBlock], 0xA1, kanaAtEnd ? 0xDF : 0xFE))) {
+            return false;
+        }
+    }
+    i += carry; // the second byte of the last block's last character, already checked
     while (i < length) {
         const std::uint8_t b = bytes[i];
         if (b >= 0xA1 && b <= 0xFE) {
@@ -296,23 +320,33 @@ LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
     std::size_t lf = 0;
     std::size_t crlf = 0;
     // A CR LF pair is CR then LF, or the UTF-16LE pair 0D 00 0A 00; the lookahead reads up to
-    // three bytes, so the last three positions go through the bounded read.
-    auto pairAt = [&](std::size_t i) {
-        const std::uint8_t next = ByteAt(bytes, length, i + 1);
-        return next == 0x0A || (next == 0 && ByteAt(bytes, length, i + 2) == 0x0A &&
-                                ByteAt(bytes, length, i + 3) == 0);
-    };
+    // three bytes, so whole blocks stop three bytes short of the end and the rest goes through
+    // the bounded read.
     std::size_t i = 0;
-    const std::size_t unchecked = length > 3 ? length - 3 : 0;
-    for (; i < unchecked; ++i) {
-        const std::uint8_t b = bytes[i];
-        const bool isCr = b == 0x0D;
-        cr += isCr;
-        lf += b == 0x0A;
-        const std::uint8_t next = bytes[i + 1];
-        crlf +=
-            isCr & ((next == 0x0A) | ((next == 0) & (bytes[i + 2] == 0x0A) & (bytes[i + 3] == 0)));
+    for (; i + detail::kMaskBlock + 3 <= length; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        const std::uint64_t crs = detail::ByteMask(block, 0x0D);
+        const std::uint64_t lfs = detail::ByteMask(block, 0x0A);
+        lf += static_cast<std::size_t>(detail::CountBits(lfs));
+        if (crs == 0) {
+            continue;
+        }
+        cr += static_cast<std::size_t>(detail::CountBits(crs));
+        const std::uint64_t lfNext =
+            lfs >> 1 | static_cast<std::uint64_t>(block[detail::kMaskBlock] == 0x0A) << 63;
+        crlf += static_cast<std::size_t>(detail::CountBits(crs & lfNext));
+        const std::uint64_t rest = crs & ~lfNext;
+        if (rest != 0) {
+            crlf += static_cast<std::size_t>(detail::CountBits(
+                rest & detail::ByteMask(block + 1, 0) & detail::ByteMask(block + 2, 0x0A) &
+                detail::ByteMask(block + 3, 0)));
+        }
     }
+    auto pairAt = [&](std::size_t k) {
+        const std::uint8_t next = ByteAt(bytes, length, k + 1);
+        return next == 0x0A || (next == 0 && ByteAt(bytes, length, k + 2) == 0x0A &&
+                                ByteAt(bytes, length, k + 3) == 0);
+    };
     for (; i < length; ++i) {
         const std::uint8_t b = bytes[i];
         cr += b == 0x0D;

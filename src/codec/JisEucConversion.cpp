@@ -1,5 +1,6 @@
 #include "codec/JisEucConversion.h"
 
+#include "codec/JisArithmetic.h"
 #include "codec/OutputBlock.h"
 
 #include <limits>
@@ -10,87 +11,16 @@ using detail::ByteAt;
 
 namespace {
 
-constexpr std::uint8_t kEsc = 0x1B;
-constexpr std::uint8_t kBlackSquare[] = {0x81, 0xA1}; // stands for JIS X 0212 characters
-
-struct EscapeMatch {
-    int mode;         // 0 single-byte, 1 double-byte, 2 half-width katakana, 3 none
-    int characterSet; // 10 for no sequence
-    int length;       // with ESC; 0 for no sequence
-};
+using detail::EscapeMatch;
+using detail::IsHalfWidthKatakana;
+using detail::IsJisLeadByte;
+using detail::JisPairToShiftJis;
+using detail::kBlackSquare;
+using detail::kEsc;
+using detail::MatchEscapeBody;
+using detail::ShiftJisPairToJis;
 
 constexpr EscapeMatch kNoEscape{3, 10, 0};
-
-// Matches an escape body (the bytes after ESC) at body[0..available), reading the bytes one by
-// one and only as far as the match goes. Past the end the reads see 0, which matches nothing.
-EscapeMatch MatchEscapeBody(const std::uint8_t* body, std::size_t available) {
-    auto at = [&](std::size_t i) { return ByteAt(body, available, i); };
-    switch (at(0)) {
-    case '$':
-        switch (at(1)) {
-        case '@':
-            return {1, 0, 3};
-        case 'B':
-            return {1, 1, 3};
-        case '(':
-            switch (at(2)) {
-            case 'D':
-                return {1, 2, 4};
-            case 'O':
-            case 'P':
-                return {1, 4, 4};
-            }
-            break;
-        }
-        break;
-    case '&':
-        if (at(1) == '@' && at(2) == kEsc && at(3) == '$' && at(4) == 'B') {
-            return {1, 3, 6};
-        }
-        break;
-    case '(':
-        switch (at(1)) {
-        case 'I':
-            return {2, 6, 3};
-        case 'B':
-            return {0, 7, 3};
-        case 'J':
-            return {0, 8, 3};
-        case 'H':
-            return {0, 9, 3};
-        }
-        break;
-    }
-    return kNoEscape;
-}
-
-// JIS X 0208 row-cell arithmetic, on bytes (modulo 256) and without validation.
-inline void JisPairToShiftJis(std::uint8_t j1, std::uint8_t j2, std::uint8_t* out) {
-    out[0] = static_cast<std::uint8_t>(((j1 + 1) >> 1) + (j1 <= 0x5E ? 0x70 : 0xB0));
-    if ((j1 & 1) != 0) {
-        out[1] = static_cast<std::uint8_t>(j2 < 0x60 ? j2 + 0x1F : j2 + 0x20);
-    } else {
-        out[1] = static_cast<std::uint8_t>(j2 + 0x7E);
-    }
-}
-
-inline void ShiftJisPairToJis(std::uint8_t s1, std::uint8_t s2, std::uint8_t* out) {
-    const int d = s1 <= 0x9F ? 0xE1 : 0x161;
-    if (s2 < 0x9F) {
-        out[0] = static_cast<std::uint8_t>(2 * s1 - d);
-        out[1] = static_cast<std::uint8_t>(s2 < 0x7F ? s2 - 0x1F : s2 - 0x20);
-    } else {
-        out[0] = static_cast<std::uint8_t>(2 * s1 - d + 1);
-        out[1] = static_cast<std::uint8_t>(s2 - 0x7E);
-    }
-}
-
-constexpr bool IsHalfWidthKatakana(std::uint8_t b) {
-    return b >= 0xA1 && b <= 0xDF;
-}
-constexpr bool IsJisLeadByte(std::uint8_t b) {
-    return (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xEF);
-}
 
 // Full-width CP932 characters for the half-width katakana 0xA1 to 0xDF.
 constexpr std::uint16_t kFullWidthKatakana[63] = {
@@ -339,5 +269,50 @@ CodecStatus ShiftJisToJis(const void* source, std::size_t byteLength, std::uint8
     switchTo(Ascii);
     return out.Deliver(static_cast<std::size_t>(d - out.bytes()), 1, output, outputLength);
 }
+
+namespace detail {
+
+EscapeMatch MatchEscapeBody(const std::uint8_t* body, std::size_t available) {
+    auto at = [&](std::size_t i) { return ByteAt(body, available, i); };
+    switch (at(0)) {
+    case '$':
+        switch (at(1)) {
+        case '@':
+            return {1, 0, 3};
+        case 'B':
+            return {1, 1, 3};
+        case '(':
+            switch (at(2)) {
+            case 'D':
+                return {1, 2, 4};
+            case 'O':
+            case 'P':
+                return {1, 4, 4};
+            }
+            break;
+        }
+        break;
+    case '&':
+        if (at(1) == '@' && at(2) == kEsc && at(3) == '$' && at(4) == 'B') {
+            return {1, 3, 6};
+        }
+        break;
+    case '(':
+        switch (at(1)) {
+        case 'I':
+            return {2, 6, 3};
+        case 'B':
+            return {0, 7, 3};
+        case 'J':
+            return {0, 8, 3};
+        case 'H':
+            return {0, 9, 3};
+        }
+        break;
+    }
+    return {3, 10, 0};
+}
+
+} // namespace detail
 
 } // namespace korvel

@@ -28,6 +28,19 @@ CodecStatus ShiftJisToEuc(const void* source, std::size_t byteLength, std::uint8
 CodecStatus ShiftJisToJis(const void* source, std::size_t byteLength, std::uint8_t** output,
                           std::size_t* outputLength, int katakanaMode);
 
+// The same conversions straight between JIS or EUC and UTF-16LE text, in one pass: each gives
+// exactly what its route through Shift_JIS gives (JisToShiftJis then ShiftJisToUnicode, and
+// UnicodeToShiftJis then ShiftJisToJis), on any input. UTF-16 output has two 0 bytes behind
+// it, byte output one. An empty text gives CodecUnconvertible, as UnicodeToShiftJis does.
+CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength);
+CodecStatus EucToUnicode(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength);
+CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength);
+CodecStatus UnicodeToJis(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength, int katakanaMode);
+
 // scratch holds a half-width katakana byte and the byte after it (or 0). Overwrites scratch
 // with the full-width CP932 character and returns 1 when the following sound mark was merged.
 int HalfKanaToFullWidth(std::uint8_t scratch[2]);

@@ -13,6 +13,28 @@
 
 namespace korvel::detail {
 
+// A whole file's bytes or output touch every page once; with 4 KiB pages the page faults
+// cost about as much as the conversion itself, so large blocks ask for huge pages.
+inline void AdviseHugePages(std::uint8_t* data, std::size_t size) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr std::uintptr_t kHugePage = 2 * 1024 * 1024;
+    if (size < 4 * kHugePage) {
+        return;
+    }
+    // The advice covers whole small pages, not only the huge pages inside the block: advice
+    // on part of a mapping splits it, and a split mapping cannot grow in place when the
+    // block is reallocated (line breaks widened after the conversion).
+    constexpr std::uintptr_t kPage = 4096;
+    const auto begin = reinterpret_cast<std::uintptr_t>(data);
+    const std::uintptr_t first = begin & ~(kPage - 1);
+    const std::uintptr_t last = (begin + size + kPage - 1) & ~(kPage - 1);
+    madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#else
+    (void)data;
+    (void)size;
+#endif
+}
+
 // The output of one converter, allocated once from an upper bound of its size, so that a
 // large file does not pay for a growth step every 256 bytes. Pages never written are never
 // touched, so a generous bound costs address space, not memory.
@@ -57,26 +79,6 @@ public:
     }
 
 private:
-    // A whole file's output touches every page once; with 4 KiB pages the page faults cost
-    // about as much as the conversion itself, so large blocks ask for huge pages.
-    static void AdviseHugePages(std::uint8_t* data, std::size_t size) {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-        constexpr std::uintptr_t kHugePage = 2 * 1024 * 1024;
-        if (size < 4 * kHugePage) {
-            return;
-        }
-        const auto begin = reinterpret_cast<std::uintptr_t>(data);
-        const std::uintptr_t first = (begin + kHugePage - 1) & ~(kHugePage - 1);
-        const std::uintptr_t last = (begin + size) & ~(kHugePage - 1);
-        if (last > first) {
-            madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-        }
-#else
-        (void)data;
-        (void)size;
-#endif
-    }
-
     static constexpr std::size_t kTerminatorRoom = 2;
     std::uint8_t* data_ = nullptr;
 };

@@ -3,6 +3,7 @@
 #include "codec/ByteMasks.h"
 #include "codec/Cp932Tables.h"
 #include "codec/OutputBlock.h"
+#include "codec/ShiftJisSteps.h"
 
 #include <bit>
 #include <cstring>
@@ -11,21 +12,15 @@ namespace korvel {
 
 namespace {
 
-constexpr char16_t kSubstitute = 0xFFFD;
-constexpr std::uint8_t kDefaultCharacter = '?';
+using detail::LoadUnit;
+using detail::NarrowAscii8;
+
 constexpr std::uint64_t kHighBits8 = 0x8080808080808080ULL;
-constexpr std::uint64_t kNonAsciiUnits4 = 0xFF80FF80FF80FF80ULL;
 
 inline std::uint64_t Load64(const std::uint8_t* p) {
     std::uint64_t word;
     std::memcpy(&word, p, sizeof word);
     return word;
-}
-
-inline char16_t LoadUnit(const std::uint8_t* p) {
-    char16_t unit;
-    std::memcpy(&unit, p, sizeof unit);
-    return unit;
 }
 
 } // namespace
@@ -45,45 +40,29 @@ CodecStatus UnicodeToShiftJis(const void* source, std::size_t byteLength, std::u
         *output = nullptr;
         return CodecOutOfMemory;
     }
-    const std::uint16_t* fromUnicode = cp932::Tables().fromUnicode;
+    const std::uint16_t* encodedBytes = cp932::Tables().encodedBytes;
     std::uint8_t* d = out.bytes();
     std::size_t k = 0;
     while (k < unitCount) {
-        if (k + 4 <= unitCount) {
-            const std::uint64_t word = Load64(bytes + 2 * k);
-            if ((word & kNonAsciiUnits4) == 0) {
-                d[0] = static_cast<std::uint8_t>(word);
-                d[1] = static_cast<std::uint8_t>(word >> 16);
-                d[2] = static_cast<std::uint8_t>(word >> 32);
-                d[3] = static_cast<std::uint8_t>(word >> 48);
-                d += 4;
-                k += 4;
-                continue;
-            }
-        }
         const char16_t unit = LoadUnit(bytes + 2 * k);
-        ++k;
-        if (unit >= 0xD800 && unit <= 0xDFFF) {
-            // A surrogate pair is one character without a CP932 form: one "?" for the pair.
-            if (unit <= 0xDBFF && k < unitCount) {
-                const char16_t low = LoadUnit(bytes + 2 * k);
-                if (low >= 0xDC00 && low <= 0xDFFF) {
-                    ++k;
-                }
-            }
-            *d++ = kDefaultCharacter;
+        if (unit < 0x80 && k + 8 <= unitCount && NarrowAscii8(bytes + 2 * k, d)) {
+            d += 8;
+            k += 8;
             continue;
         }
-        const std::uint16_t code = fromUnicode[unit];
-        if (code == cp932::kUnmapped) {
-            *d++ = kDefaultCharacter;
-        } else if (code < 0x100) {
-            *d++ = static_cast<std::uint8_t>(code);
-        } else {
-            d[0] = static_cast<std::uint8_t>(code >> 8);
-            d[1] = static_cast<std::uint8_t>(code);
-            d += 2;
+        // Both bytes are stored whatever the length: the second of a one-byte character is
+        // overwritten next, or lands on the terminator's room.
+        std::uint16_t encoded = encodedBytes[unit];
+        std::size_t used = 1;
+        if (encoded == cp932::kUnmapped) {
+            const detail::EncodedCharacter character =
+                detail::EncodeShiftJisCharacter(encodedBytes, bytes, k, unitCount);
+            encoded = character.bytes;
+            used = character.units;
         }
+        detail::StoreBytes(d, encoded);
+        d += detail::EncodedLength(encoded);
+        k += used;
     }
     return out.Deliver(static_cast<std::size_t>(d - out.bytes()), 1, output, outputLength);
 }
@@ -98,7 +77,7 @@ CodecStatus ShiftJisToUnicode(const void* source, std::size_t byteLength, std::u
     if (!out.Reserve(detail::BoundBytes(byteLength, 2, 0))) {
         return CodecOutOfMemory;
     }
-    const cp932::FlatTables& tables = cp932::Tables();
+    const std::uint16_t* decodedUnits = cp932::Tables().decodedUnits;
     char16_t* d = out.units();
     std::size_t i = 0;
     // Whole blocks first: their masks say where each character starts, so the characters
@@ -115,20 +94,17 @@ CodecStatus ShiftJisToUnicode(const void* source, std::size_t byteLength, std::u
             continue;
         }
         const std::uint64_t leads =
-            detail::RangeMask(block, 0x81, 0x9F) | detail::RangeMask(block, 0xE0, 0xFC);
+            detail::RangeMask(block, 0x81, 0xFC) & ~detail::RangeMask(block, 0xA0, 0xDF);
+        const std::uint64_t trails =
+            detail::RangeMask(block, 0x40, 0xFC) & ~detail::ByteMask(block, 0x7F);
         const std::uint64_t trailNext =
-            detail::RangeMask(block + 1, 0x40, 0xFC) & ~detail::ByteMask(block + 1, 0x7F);
-        std::uint64_t pairs = leads & trailNext;
-        std::uint64_t starts = ~detail::SecondBytePositions(pairs, carry);
-        pairs &= starts;
-        while (starts != 0) {
-            const int k = std::countr_zero(starts);
-            starts &= starts - 1;
-            const std::uint8_t b = block[k];
-            const std::uint16_t unit = ((pairs >> k) & 1) != 0
-                                           ? tables.doubleByte[(b << 8) | block[k + 1]]
-                                           : tables.singleByte[b];
-            *d++ = unit == cp932::kUnmapped ? kSubstitute : unit;
+            trails >> 1 | static_cast<std::uint64_t>(cp932::IsTrailByte(block[detail::kMaskBlock]))
+                              << 63;
+        // The table reads a lead without a trail as U+FFFD, so only the starts matter here.
+        for (std::uint64_t starts = ~detail::SecondBytePositions(leads & trailNext, carry);
+             starts != 0; starts &= starts - 1) {
+            const std::uint8_t* character = block + std::countr_zero(starts);
+            *d++ = decodedUnits[character[0] << 8 | character[1]];
         }
     }
     i += carry; // the trail of the last block's last character
@@ -142,22 +118,10 @@ CodecStatus ShiftJisToUnicode(const void* source, std::size_t byteLength, std::u
             continue;
         }
         const std::uint8_t b = bytes[i];
-        if (cp932::IsLeadByte(b)) {
-            const std::uint8_t trail = detail::ByteAt(bytes, byteLength, i + 1);
-            if (cp932::IsTrailByte(trail)) {
-                const std::uint16_t unit = tables.doubleByte[(b << 8) | trail];
-                *d++ = unit == cp932::kUnmapped ? kSubstitute : unit;
-                i += 2;
-                continue;
-            }
-            // A lead byte never swallows a byte outside the trail range (81 0A keeps its LF).
-            *d++ = kSubstitute;
-            ++i;
-            continue;
-        }
-        const std::uint16_t unit = tables.singleByte[b];
-        *d++ = unit == cp932::kUnmapped ? kSubstitute : unit;
-        ++i;
+        const std::uint8_t next = detail::ByteAt(bytes, byteLength, i + 1);
+        *d++ = decodedUnits[b << 8 | next];
+        // A lead byte never swallows a byte outside the trail range (81 0A keeps its LF).
+        i += cp932::IsLeadByte(b) && cp932::IsTrailByte(next) ? 2 : 1;
     }
     const auto units = static_cast<std::size_t>(d - out.units());
     return out.Deliver(units * 2, 2, output, outputLength);

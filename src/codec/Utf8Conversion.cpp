@@ -3,9 +3,14 @@
 #include "codec/ByteMasks.h"
 #include "codec/Detection.h"
 #include "codec/OutputBlock.h"
+#include "codec/Utf16Units.h"
 
 #include <bit>
 #include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace korvel {
 
@@ -44,15 +49,81 @@ bool DecodeWellFormedBlock(const std::uint8_t* block, char16_t*& d, std::uint64_
         d += detail::kMaskBlock;
         return true;
     }
-    const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
-    if (masks.wanted != masks.continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
-        return false;
+    const std::uint64_t continuation = detail::RangeMask(block, 0x80, 0xBF);
+    std::uint64_t nextOwed = 0;
+    if (detail::RangeMask(block, 0xF0, 0xFF) == 0) {
+        // Sequences of two and three bytes only, as nearly all text in the BMP: the masks
+        // of the longer forms are all zero and need not be made.
+        const std::uint64_t leads = high & ~continuation;
+        const std::uint64_t from3 = detail::RangeMask(block, 0xE0, 0xEF);
+        if ((owed | leads << 1 | from3 << 2) != continuation) {
+            return false;
+        }
+        nextOwed = leads >> 63 | from3 >> 62;
+    } else {
+        const detail::Utf8BlockMasks masks = detail::Utf8Masks(block, owed);
+        if (masks.wanted != continuation || detail::RangeMask(block, 0xFE, 0xFF) != 0) {
+            return false;
+        }
+        nextOwed = masks.nextOwed;
     }
-    for (std::uint64_t starts = ~masks.continuation; starts != 0; starts &= starts - 1) {
+    for (std::uint64_t starts = ~continuation; starts != 0; starts &= starts - 1) {
         *d++ = DecodeWellFormed(block + std::countr_zero(starts));
     }
-    owed = masks.nextOwed;
+    owed = nextOwed;
     return true;
+}
+
+// EncodeUtf8Unit without branches: all four bytes at d are written, the unit's 1, 2 or 3 of
+// them first; returns the count. The output block has room for the extra bytes of the last one.
+inline int EncodeUtf8UnitWide(char16_t unit, std::uint8_t* d) {
+    const std::uint32_t u = unit;
+    const std::uint32_t one = u;
+    const std::uint32_t two = (0xC0 | u >> 6) | (0x80 | (u & 0x3F)) << 8;
+    const std::uint32_t three =
+        (0xE0 | u >> 12) | (0x80 | ((u >> 6) & 0x3F)) << 8 | (0x80 | (u & 0x3F)) << 16;
+    const std::uint32_t word = u < 0x80 ? one : u < 0x800 ? two : three;
+    std::memcpy(d, &word, sizeof word);
+    return 1 + static_cast<int>(u >= 0x80) + static_cast<int>(u >= 0x800);
+}
+
+// Writes the eight units at source as eight three-byte sequences when all of them are 0x800 or
+// more (kana and kanji: most of a Japanese text), four bytes at a time; the fourth byte of each
+// store is overwritten by the next, the last lands in the room kept for the terminator.
+inline bool EncodeThreeByteUnits8(const std::uint8_t* source, std::uint8_t* d) {
+#if defined(__SSE2__) && defined(__x86_64__)
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source));
+    const __m128i below800 =
+        _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(-0x800)), _mm_setzero_si128());
+    if (_mm_movemask_epi8(below800) != 0) {
+        return false;
+    }
+    const __m128i sixBits = _mm_set1_epi16(0x3F);
+    const __m128i first = _mm_or_si128(_mm_srli_epi16(units, 12), _mm_set1_epi16(0xE0));
+    const __m128i second =
+        _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), sixBits), _mm_set1_epi16(0x80));
+    const __m128i third = _mm_or_si128(_mm_and_si128(units, sixBits), _mm_set1_epi16(0x80));
+    const __m128i firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
+    const __m128i halves[2] = {_mm_unpacklo_epi16(firstTwo, third),
+                               _mm_unpackhi_epi16(firstTwo, third)};
+    for (const __m128i& words : halves) {
+        const auto low = static_cast<std::uint64_t>(_mm_cvtsi128_si64(words));
+        const auto high =
+            static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(words, words)));
+        const std::uint32_t sequences[4] = {
+            static_cast<std::uint32_t>(low), static_cast<std::uint32_t>(low >> 32),
+            static_cast<std::uint32_t>(high), static_cast<std::uint32_t>(high >> 32)};
+        for (const std::uint32_t sequence : sequences) {
+            std::memcpy(d, &sequence, sizeof sequence);
+            d += 3;
+        }
+    }
+    return true;
+#else
+    (void)source;
+    (void)d;
+    return false;
+#endif
 }
 
 } // namespace
@@ -160,23 +231,23 @@ CodecStatus UnicodeToUtf8(const void* source, std::size_t byteLength, std::uint8
     }
     std::uint8_t* d = out.bytes();
     std::size_t k = 0;
-    while (k < unitCount) {
-        if (k + 4 <= unitCount) {
-            const std::uint64_t word = Load64(bytes + 2 * k);
-            if ((word & 0xFF80FF80FF80FF80ULL) == 0) {
-                d[0] = static_cast<std::uint8_t>(word);
-                d[1] = static_cast<std::uint8_t>(word >> 16);
-                d[2] = static_cast<std::uint8_t>(word >> 32);
-                d[3] = static_cast<std::uint8_t>(word >> 48);
-                d += 4;
-                k += 4;
-                continue;
-            }
+    // Eight units at a time: ASCII as it is, anything else through the branch-free form, since
+    // text that mixes ASCII and Japanese mispredicts a branch on each unit's length.
+    for (; k + 8 <= unitCount; k += 8) {
+        if (detail::NarrowAscii8(bytes + 2 * k, d)) {
+            d += 8;
+            continue;
         }
-        std::uint16_t unit;
-        std::memcpy(&unit, bytes + 2 * k, sizeof unit);
-        d += EncodeUtf8Unit(unit, d);
-        ++k;
+        if (EncodeThreeByteUnits8(bytes + 2 * k, d)) {
+            d += 24;
+            continue;
+        }
+        for (int j = 0; j < 8; ++j) {
+            d += EncodeUtf8UnitWide(detail::LoadUnit(bytes + 2 * (k + j)), d);
+        }
+    }
+    for (; k < unitCount; ++k) {
+        d += EncodeUtf8Unit(detail::LoadUnit(bytes + 2 * k), d);
     }
     return out.Deliver(static_cast<std::size_t>(d - out.bytes()), 2, output, outputLength);
 }

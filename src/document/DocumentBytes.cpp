@@ -2,6 +2,7 @@
 
 #include "codec/Detection.h"
 #include "codec/JisEucConversion.h"
+#include "codec/OutputBlock.h"
 #include "codec/ShiftJisConversion.h"
 #include "codec/Utf8Conversion.h"
 
@@ -46,9 +47,9 @@ CodecResult ShiftJisResultToUnicode(CodecResult shiftJis) {
 CodecResult ConvertToUnicode(const std::uint8_t* bytes, std::size_t length, TextEncoding encoding) {
     switch (encoding) {
     case TextEncoding::Jis:
-        return ShiftJisResultToUnicode(RunConverter(JisToShiftJis, bytes, length));
+        return RunConverter(JisToUnicode, bytes, length);
     case TextEncoding::Euc:
-        return ShiftJisResultToUnicode(RunConverter(EucToShiftJis, bytes, length));
+        return RunConverter(EucToUnicode, bytes, length);
     case TextEncoding::GarbledMail: {
         // The repair clears eighth bits in its source, so it works on a copy of its own.
         auto* copy = static_cast<std::uint8_t*>(std::malloc(length + 1));
@@ -108,7 +109,9 @@ DecodedDocument TakeUtf16(const std::uint8_t* bytes, std::size_t length) {
 }
 
 // Widens every `from` character to CR LF (CR for Cr files, LF for Lf files); the other lone
-// break character is kept as it is, so that it can be written back unchanged.
+// break character is kept as it is, so that it can be written back unchanged. Decoded text is
+// widened in its own block, from the back, so that a file never has two copies of its text;
+// text that points into the file bytes gets its one copy here.
 bool WidenBreaks(DecodedDocument& document, char16_t from) {
     const std::u16string_view text = document.text;
     const auto extra = static_cast<std::size_t>(std::count(text.begin(), text.end(), from));
@@ -116,21 +119,30 @@ bool WidenBreaks(DecodedDocument& document, char16_t from) {
         return true;
     }
     const std::size_t units = text.size() + extra;
-    auto* wide = static_cast<char16_t*>(std::malloc((units + 1) * sizeof(char16_t)));
-    if (wide == nullptr) {
+    const bool inPlace = text.data() == reinterpret_cast<const char16_t*>(document.storage.data());
+    void* block = inPlace ? std::realloc(document.storage.data(), (units + 1) * sizeof(char16_t))
+                          : std::malloc((units + 1) * sizeof(char16_t));
+    if (block == nullptr) {
         return false;
     }
-    char16_t* d = wide;
-    for (const char16_t unit : text) {
+    if (!inPlace) {
+        detail::AdviseHugePages(static_cast<std::uint8_t*>(block), units * sizeof(char16_t));
+    }
+    auto* wide = static_cast<char16_t*>(block);
+    const char16_t* source = inPlace ? wide : text.data();
+    static_cast<void>(document.storage.release());
+    document.storage = CodecBlock(static_cast<std::uint8_t*>(block), units * 2);
+    char16_t* d = wide + units;
+    *d = 0;
+    for (std::size_t k = text.size(); k-- > 0;) {
+        const char16_t unit = source[k];
         if (unit == from) {
-            *d++ = kCr;
-            *d++ = kLf;
+            *--d = kLf;
+            *--d = kCr;
         } else {
-            *d++ = unit;
+            *--d = unit;
         }
     }
-    *d = 0;
-    document.storage = CodecBlock(reinterpret_cast<std::uint8_t*>(wide), units * 2);
     document.text = document.storage.units();
     return true;
 }
@@ -152,6 +164,7 @@ CodecStatus NarrowBreaks(std::u16string_view& text, CodecBlock& storage, char16_
     if (narrow == nullptr) {
         return CodecOutOfMemory;
     }
+    detail::AdviseHugePages(reinterpret_cast<std::uint8_t*>(narrow), units * sizeof(char16_t));
     char16_t* d = narrow;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == kCr && i + 1 < text.size() && text[i + 1] == kLf) {
@@ -234,12 +247,12 @@ EncodedDocument EncodeDocumentText(std::u16string_view text, TextEncoding encodi
         if (text.empty()) {
             return result; // the platform conversion cannot convert nothing: an empty file
         }
-        converted = RunConverter(UnicodeToShiftJis, units, byteLength);
-        if (converted.status == CodecOk && encoding == TextEncoding::Jis) {
-            converted = RunConverter(ShiftJisToJis, converted.block.data(), converted.block.size(),
-                                     jisKatakanaMode);
-        } else if (converted.status == CodecOk && encoding == TextEncoding::Euc) {
-            converted = RunConverter(ShiftJisToEuc, converted.block.data(), converted.block.size());
+        if (encoding == TextEncoding::Jis) {
+            converted = RunConverter(UnicodeToJis, units, byteLength, jisKatakanaMode);
+        } else if (encoding == TextEncoding::Euc) {
+            converted = RunConverter(UnicodeToEuc, units, byteLength);
+        } else {
+            converted = RunConverter(UnicodeToShiftJis, units, byteLength);
         }
         break;
     }

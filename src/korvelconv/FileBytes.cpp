@@ -1,5 +1,6 @@
 #include "korvelconv/FileBytes.h"
 
+#include "codec/OutputBlock.h"
 #include "document/FileDescriptor.h"
 
 #include <algorithm>
@@ -81,6 +82,7 @@ std::optional<FileBytes> FileBytes::Read(const std::string& path, std::string& e
         error = InputName(path) + ": " + std::strerror(ENOMEM);
         return std::nullopt;
     }
+    detail::AdviseHugePages(file.readBuffer_.get(), capacity);
     for (;;) {
         if (length == capacity) {
             if (capacity >= limit) {

@@ -1,5 +1,6 @@
 #include "codec/ByteMasks.h"
 
+#include <bit>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -26,6 +27,9 @@ TEST(ByteMasks, RangeMaskAgreesWithItsScalarTwin) {
             const auto h = static_cast<std::uint8_t>(high);
             ASSERT_EQ(RangeMask(block, l, h), RangeMaskScalar(block, l, h))
                 << "range " << low << "-" << high << " round " << round;
+            ASSERT_EQ(ByteMask(block, l), RangeMaskScalar(block, l, l))
+                << "byte " << low << " round " << round;
+            ASSERT_EQ(HighBitMask(block), RangeMaskScalar(block, 0x80, 0xFF)) << "round " << round;
         }
     }
 }
@@ -44,6 +48,7 @@ TEST(ByteMasks, SecondBytePositionsAgreesWithCharacterWalk) {
                 << std::hex << "leads " << leads << " carry " << carryIn;
             ASSERT_EQ(fastCarry, slowCarry)
                 << std::hex << "leads " << leads << " carry " << carryIn;
+            ASSERT_EQ(CountBits(leads), std::popcount(leads)) << std::hex << "leads " << leads;
         }
     }
 }

@@ -1,0 +1,536 @@
+// JIS and EUC straight to and from UTF-16. Well-formed text converts a character at a time
+// through tables that fold the row-cell arithmetic and CP932 into one lookup; anything else
+// takes the slow path, which feeds the Shift_JIS bytes of each character one by one through the
+// Shift_JIS step of the two-step route. Both steps keep at most one byte of state (a lead byte
+// waiting for its trail), and the fast paths run only while none is waiting, so the results are
+// those of the route through a whole Shift_JIS buffer, on any input.
+
+#include "codec/ByteMasks.h"
+#include "codec/Cp932Tables.h"
+#include "codec/JisArithmetic.h"
+#include "codec/JisEucConversion.h"
+#include "codec/OutputBlock.h"
+#include "codec/ShiftJisSteps.h"
+
+#include <bit>
+#include <cstring>
+#include <memory>
+
+namespace korvel {
+
+namespace {
+
+using detail::ByteAt;
+using detail::IsHalfWidthKatakana;
+using detail::IsJisLeadByte;
+using detail::kEsc;
+
+struct JisEucTables {
+    // b0 << 8 | b1 of a well-formed EUC character (ASCII, 8E and a katakana, a JIS X 0208 pair)
+    // to its code unit; a JIS pair reads as its EUC form.
+    std::uint16_t eucUnits[65536];
+    // Code unit to its EUC bytes in output order (as cp932 encodedBytes), or kUnmapped where
+    // the Shift_JIS bytes need the slow path: surrogates, and user-defined and IBM codes, whose
+    // lead byte EUC copies so that their trail byte is read on its own.
+    std::uint16_t eucBytes[65536];
+    // Code unit to a byte that JIS copies in ASCII mode (below 0x100), to the JIS pair
+    // j1 << 8 | j2 (j1 is 0x21 or more), or kUnmapped for the slow path (katakana as well).
+    std::uint16_t jisCodes[65536];
+};
+
+std::unique_ptr<JisEucTables> BuildTables() {
+    const cp932::FlatTables& cp932 = cp932::Tables();
+    auto tables = std::make_unique<JisEucTables>();
+    std::fill(std::begin(tables->eucUnits), std::end(tables->eucUnits), cp932::kSubstitute);
+    for (unsigned b0 = 0; b0 < 0x100; ++b0) {
+        for (unsigned b1 = 0; b1 < 0x100; ++b1) {
+            std::uint16_t& unit = tables->eucUnits[b0 << 8 | b1];
+            if (b0 < 0x80) {
+                unit = cp932.decodedUnits[b0 << 8];
+            } else if (b0 == 0x8E && IsHalfWidthKatakana(static_cast<std::uint8_t>(b1))) {
+                unit = cp932.decodedUnits[b1 << 8];
+            } else if (b0 >= 0xA1 && b0 <= 0xFE && b1 >= 0xA1 && b1 <= 0xFE) {
+                std::uint8_t shiftJis[2];
+                detail::JisPairToShiftJis(static_cast<std::uint8_t>(b0 & 0x7F),
+                                          static_cast<std::uint8_t>(b1 & 0x7F), shiftJis);
+                unit = cp932.decodedUnits[shiftJis[0] << 8 | shiftJis[1]];
+            }
+        }
+    }
+    for (unsigned unit = 0; unit < 0x10000; ++unit) {
+        const std::uint16_t bytes = cp932.encodedBytes[unit];
+        const auto s1 = static_cast<std::uint8_t>(bytes);
+        const auto s2 = static_cast<std::uint8_t>(bytes >> 8);
+        std::uint16_t euc = cp932::kUnmapped;
+        std::uint16_t jis = cp932::kUnmapped;
+        if (bytes == cp932::kUnmapped) {
+            // surrogates: both stay on the slow path
+        } else if (detail::EncodedLength(bytes) == 1) {
+            euc = IsHalfWidthKatakana(s1) ? static_cast<std::uint16_t>(0x8E | s1 << 8) : s1;
+            jis = IsHalfWidthKatakana(s1) ? cp932::kUnmapped : s1;
+        } else if (IsJisLeadByte(s1)) {
+            std::uint8_t pair[2];
+            detail::ShiftJisPairToJis(s1, s2, pair);
+            euc = static_cast<std::uint16_t>((pair[0] | 0x80) | (pair[1] | 0x80) << 8);
+            jis = static_cast<std::uint16_t>(pair[0] << 8 | pair[1]);
+        }
+        tables->eucBytes[unit] = euc;
+        tables->jisCodes[unit] = jis;
+    }
+    return tables;
+}
+
+const JisEucTables& Tables() {
+    static const std::unique_ptr<JisEucTables> tables = BuildTables();
+    return *tables;
+}
+
+// Writes the 64 ASCII bytes at block as code units; CP932 maps ASCII to itself.
+inline void WidenAscii64(const std::uint8_t* block, char16_t* d) {
+    for (int k = 0; k < detail::kMaskBlock; ++k) {
+        d[k] = block[k];
+    }
+}
+
+// Converts the characters that begin in the 64 bytes at block, when all are well formed: ASCII,
+// 8E and a katakana, or a pair of bytes A1 to FE. The last may end on block[64]. Returns the
+// bytes used, or 0, having written nothing, for a block that needs the slow path.
+std::size_t DecodeEucBlock(const std::uint8_t* block, const std::uint16_t* eucUnits, char16_t*& d) {
+    const std::uint64_t ascii = ~detail::HighBitMask(block);
+    if (ascii == ~std::uint64_t{0}) {
+        WidenAscii64(block, d);
+        d += detail::kMaskBlock;
+        return detail::kMaskBlock;
+    }
+    const std::uint64_t kana = detail::ByteMask(block, 0x8E);
+    const std::uint64_t pairBytes = detail::RangeMask(block, 0xA1, 0xFE);
+    if ((ascii | pairBytes | kana) != ~std::uint64_t{0}) {
+        return 0;
+    }
+    std::uint64_t carry = 0;
+    const std::uint64_t seconds = detail::SecondBytePositions(pairBytes | kana, carry);
+    const std::uint64_t kanaSeconds = (kana & ~seconds) << 1;
+    if ((seconds & ~pairBytes) != 0 || (kanaSeconds & ~detail::RangeMask(block, 0xA1, 0xDF)) != 0) {
+        return 0;
+    }
+    if (carry != 0) {
+        const std::uint8_t last = block[detail::kMaskBlock];
+        const std::uint8_t highest = block[detail::kMaskBlock - 1] == 0x8E ? 0xDF : 0xFE;
+        if (last < 0xA1 || last > highest) {
+            return 0;
+        }
+    }
+    for (std::uint64_t starts = ~seconds; starts != 0; starts &= starts - 1) {
+        const std::uint8_t* character = block + std::countr_zero(starts);
+        *d++ = eucUnits[character[0] << 8 | character[1]];
+    }
+    return detail::kMaskBlock + carry;
+}
+
+// One character of EucToShiftJis, its Shift_JIS bytes fed to writer; returns the bytes used.
+std::size_t PutEucCharacter(const std::uint8_t* bytes, std::size_t length, std::size_t i,
+                            detail::ShiftJisUnitWriter& writer) {
+    const std::uint8_t b = bytes[i];
+    if (b == 0x8E) {
+        writer.Put(ByteAt(bytes, length, i + 1));
+        return 2;
+    }
+    if (b == 0x8F) {
+        // Two bytes used, not three, as in EucToShiftJis.
+        writer.Put(detail::kBlackSquare[0]);
+        writer.Put(detail::kBlackSquare[1]);
+        return 2;
+    }
+    if (b >= 0xA1) {
+        std::uint8_t shiftJis[2];
+        detail::JisPairToShiftJis(b & 0x7F, ByteAt(bytes, length, i + 1) & 0x7F, shiftJis);
+        writer.Put(shiftJis[0]);
+        writer.Put(shiftJis[1]);
+        return 2;
+    }
+    writer.Put(b);
+    return 1;
+}
+
+// Shift_JIS to EUC fed one byte at a time, as ShiftJisToEuc reads a whole buffer.
+class EucByteWriter {
+public:
+    explicit EucByteWriter(std::uint8_t* out) : out_(out) {}
+
+    void Put(std::uint8_t b) {
+        if (lead_ != 0) {
+            detail::ShiftJisPairToJis(lead_, b, out_);
+            out_[0] |= 0x80;
+            out_[1] |= 0x80;
+            out_ += 2;
+            lead_ = 0;
+        } else if (IsHalfWidthKatakana(b)) {
+            out_[0] = 0x8E;
+            out_[1] = b;
+            out_ += 2;
+        } else if (IsJisLeadByte(b)) {
+            lead_ = b;
+        } else {
+            *out_++ = b;
+        }
+    }
+    void PutEncoded(std::uint16_t bytes) {
+        Put(static_cast<std::uint8_t>(bytes));
+        if (detail::EncodedLength(bytes) == 2) {
+            Put(static_cast<std::uint8_t>(bytes >> 8));
+        }
+    }
+    // A lead byte at the end pairs with the terminator.
+    void Finish() {
+        if (lead_ != 0) {
+            Put(0);
+        }
+    }
+    bool Idle() const { return lead_ == 0; }
+    std::uint8_t*& out() { return out_; }
+
+private:
+    std::uint8_t* out_;
+    std::uint8_t lead_ = 0;
+};
+
+// Shift_JIS to JIS fed one byte at a time, as ShiftJisToJis reads a whole buffer: the escape
+// of a stretch is written when its first byte arrives, before a lead byte waits for its trail
+// or a half-width katakana for a sound mark to merge.
+class JisByteWriter {
+public:
+    enum State { Ascii, Kanji, Katakana };
+
+    JisByteWriter(std::uint8_t* out, int katakanaMode)
+        : out_(out), keepKatakana_(katakanaMode == 1) {}
+
+    void Put(std::uint8_t b) {
+        if (lead_ != 0) {
+            detail::ShiftJisPairToJis(lead_, b, out_);
+            out_ += 2;
+            lead_ = 0;
+            return;
+        }
+        if (kana_ != 0) {
+            std::uint8_t scratch[2] = {kana_, (b == 0xDE || b == 0xDF) ? b : std::uint8_t{0}};
+            kana_ = 0;
+            const int merged = HalfKanaToFullWidth(scratch);
+            detail::ShiftJisPairToJis(scratch[0], scratch[1], out_);
+            out_ += 2;
+            if (merged != 0) {
+                return;
+            }
+        }
+        if (IsJisLeadByte(b)) {
+            SwitchTo(Kanji);
+            lead_ = b;
+        } else if (IsHalfWidthKatakana(b) && !keepKatakana_) {
+            SwitchTo(Kanji);
+            kana_ = b;
+        } else if (IsHalfWidthKatakana(b)) {
+            SwitchTo(Katakana);
+            *out_++ = static_cast<std::uint8_t>(b - 0x80);
+        } else {
+            SwitchTo(Ascii); // so CR and LF always end a kanji or katakana stretch
+            *out_++ = b;
+        }
+    }
+    void PutEncoded(std::uint16_t bytes) {
+        Put(static_cast<std::uint8_t>(bytes));
+        if (detail::EncodedLength(bytes) == 2) {
+            Put(static_cast<std::uint8_t>(bytes >> 8));
+        }
+    }
+    // What waits reads the terminator, which merges with nothing; then the text returns to
+    // ASCII.
+    void Finish() {
+        if (lead_ != 0) {
+            Put(0);
+        } else if (kana_ != 0) {
+            std::uint8_t scratch[2] = {kana_, 0};
+            kana_ = 0;
+            HalfKanaToFullWidth(scratch);
+            detail::ShiftJisPairToJis(scratch[0], scratch[1], out_);
+            out_ += 2;
+        }
+        SwitchTo(Ascii);
+    }
+    void SwitchTo(State wanted) {
+        if (state_ == wanted) {
+            return;
+        }
+        out_[0] = kEsc;
+        out_[1] = wanted == Kanji ? '$' : '(';
+        out_[2] = wanted == Katakana ? 'I' : 'B';
+        out_ += 3;
+        state_ = wanted;
+    }
+    bool Idle() const { return lead_ == 0 && kana_ == 0; }
+    std::uint8_t*& out() { return out_; }
+
+private:
+    std::uint8_t* out_;
+    bool keepKatakana_;
+    State state_ = Ascii;
+    std::uint8_t lead_ = 0;
+    std::uint8_t kana_ = 0;
+};
+
+} // namespace
+
+CodecStatus EucToUnicode(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength) {
+    if (source == nullptr || output == nullptr || outputLength == nullptr) {
+        return CodecInvalidArgument;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(source);
+    detail::OutputBlock out;
+    // Every byte gives at most one unit; a pair cut off by the end still gives two.
+    if (!out.Reserve(detail::BoundBytes(byteLength, 2, 2))) {
+        return CodecOutOfMemory;
+    }
+    const std::uint16_t* eucUnits = Tables().eucUnits;
+    detail::ShiftJisUnitWriter writer(out.units());
+    std::size_t i = 0;
+    // A block that needs the slow path is walked to its end before blocks are tried again.
+    std::size_t slowUntil = 0;
+    while (i < byteLength) {
+        if (i >= slowUntil && writer.Idle() && byteLength - i > detail::kMaskBlock) {
+            const std::size_t used = DecodeEucBlock(bytes + i, eucUnits, writer.out());
+            if (used != 0) {
+                i += used;
+                continue;
+            }
+            slowUntil = i + detail::kMaskBlock;
+        }
+        i += PutEucCharacter(bytes, byteLength, i, writer);
+    }
+    writer.Finish();
+    const auto units = static_cast<std::size_t>(writer.out() - out.units());
+    return out.Deliver(units * 2, 2, output, outputLength);
+}
+
+CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength) {
+    if (source == nullptr || output == nullptr || outputLength == nullptr) {
+        return CodecInvalidArgument;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(source);
+    detail::OutputBlock out;
+    if (!out.Reserve(detail::BoundBytes(byteLength, 2, 2))) {
+        return CodecOutOfMemory;
+    }
+    const std::uint16_t* eucUnits = Tables().eucUnits;
+    const std::uint16_t* decodedUnits = cp932::Tables().decodedUnits;
+    detail::ShiftJisUnitWriter writer(out.units());
+    char16_t*& d = writer.out();
+    int mode = 0;
+    std::size_t i = 0;
+    while (i < byteLength) {
+        const std::uint8_t b = bytes[i];
+        if (b == kEsc) {
+            // ESC $ B and ESC ( B stand round nearly every kanji stretch.
+            if (i + 3 <= byteLength && (bytes[i + 1] == '$' || bytes[i + 1] == '(') &&
+                bytes[i + 2] == 'B') {
+                mode = bytes[i + 1] == '$' ? 1 : 0;
+                i += 3;
+                continue;
+            }
+            const detail::EscapeMatch match =
+                detail::MatchEscapeBody(bytes + i + 1, byteLength - i - 1);
+            if (match.mode == 3) {
+                mode = 0; // only the ESC is dropped; what follows is read as text
+                ++i;
+            } else {
+                mode = match.mode;
+                i += static_cast<std::size_t>(match.length);
+            }
+            continue;
+        }
+        if (writer.Idle()) {
+            if (mode == 0 && b < 0x80) {
+                // ASCII up to the next escape or byte of 0x80 or more, eight bytes at a time.
+                while (i + 8 <= byteLength) {
+                    std::uint64_t word;
+                    std::memcpy(&word, bytes + i, sizeof word);
+                    const std::uint64_t esc = word ^ 0x1B1B1B1B1B1B1B1BULL;
+                    const std::uint64_t zeroEsc = (esc - 0x0101010101010101ULL) & ~esc;
+                    if (((word | zeroEsc) & 0x8080808080808080ULL) != 0) {
+                        break;
+                    }
+                    for (int k = 0; k < 8; ++k) {
+                        d[k] = bytes[i + k];
+                    }
+                    d += 8;
+                    i += 8;
+                }
+                for (; i < byteLength && bytes[i] < 0x80 && bytes[i] != kEsc; ++i) {
+                    *d++ = bytes[i];
+                }
+                continue;
+            }
+            if (mode == 1) {
+                // JIS X 0208 pairs read as their EUC form, four at a time while eight bytes
+                // are all 21 to 7E.
+                std::size_t k = i;
+                for (; k + 8 <= byteLength; k += 8) {
+                    std::uint64_t word;
+                    std::memcpy(&word, bytes + k, sizeof word);
+                    constexpr std::uint64_t kHigh = 0x8080808080808080ULL;
+                    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+                    // Without high bits no byte carries into the next: b + 5F has its high
+                    // bit from 21 up, b + 1 from 7F up.
+                    if ((word & kHigh) != 0 || ((word + 0x5F * kOnes) & kHigh) != kHigh ||
+                        ((word + kOnes) & kHigh) != 0) {
+                        break;
+                    }
+                    for (int pair = 0; pair < 8; pair += 2) {
+                        d[pair / 2] =
+                            eucUnits[(bytes[k + pair] | 0x80) << 8 | (bytes[k + pair + 1] | 0x80)];
+                    }
+                    d += 4;
+                }
+                for (; k + 1 < byteLength; k += 2) {
+                    const unsigned j1 = bytes[k] - 0x21u;
+                    const unsigned j2 = bytes[k + 1] - 0x21u;
+                    if (j1 >= 94 || j2 >= 94) {
+                        break;
+                    }
+                    *d++ = eucUnits[(bytes[k] | 0x80) << 8 | (bytes[k + 1] | 0x80)];
+                }
+                if (k != i) {
+                    i = k;
+                    continue;
+                }
+            }
+            if (mode == 2 && IsHalfWidthKatakana(b | 0x80)) {
+                *d++ = decodedUnits[(b | 0x80) << 8];
+                ++i;
+                continue;
+            }
+        }
+        // The slow path: one step of JisToShiftJis, its bytes fed to the writer.
+        if (mode == 1) {
+            std::uint8_t shiftJis[2];
+            detail::JisPairToShiftJis(b, ByteAt(bytes, byteLength, i + 1), shiftJis);
+            writer.Put(shiftJis[0]);
+            writer.Put(shiftJis[1]);
+            i += 2;
+        } else {
+            writer.Put(mode == 2 ? static_cast<std::uint8_t>(b | 0x80) : b);
+            ++i;
+        }
+    }
+    writer.Finish();
+    const auto units = static_cast<std::size_t>(d - out.units());
+    return out.Deliver(units * 2, 2, output, outputLength);
+}
+
+CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength) {
+    if (source == nullptr || output == nullptr || outputLength == nullptr) {
+        return CodecInvalidArgument;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(source);
+    const std::size_t unitCount = byteLength / 2;
+    if (unitCount == 0) {
+        return CodecUnconvertible;
+    }
+    detail::OutputBlock out;
+    // A user-defined code gives its lead byte and a katakana for its trail: three bytes.
+    if (!out.Reserve(detail::BoundBytes(unitCount, 4, 2))) {
+        return CodecOutOfMemory;
+    }
+    const std::uint16_t* eucBytes = Tables().eucBytes;
+    const std::uint16_t* encodedBytes = cp932::Tables().encodedBytes;
+    EucByteWriter writer(out.bytes());
+    std::uint8_t*& d = writer.out();
+    std::size_t k = 0;
+    while (k < unitCount) {
+        const char16_t unit = detail::LoadUnit(bytes + 2 * k);
+        if (writer.Idle()) {
+            if (unit < 0x80 && k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
+                d += 8;
+                k += 8;
+                continue;
+            }
+            const std::uint16_t euc = eucBytes[unit];
+            if (euc != cp932::kUnmapped) {
+                detail::StoreBytes(d, euc); // the second byte of one is overwritten next
+                d += detail::EncodedLength(euc);
+                ++k;
+                continue;
+            }
+        }
+        const detail::EncodedCharacter character =
+            detail::EncodeShiftJisCharacter(encodedBytes, bytes, k, unitCount);
+        writer.PutEncoded(character.bytes);
+        k += character.units;
+    }
+    writer.Finish();
+    return out.Deliver(static_cast<std::size_t>(d - out.bytes()), 1, output, outputLength);
+}
+
+CodecStatus UnicodeToJis(const void* source, std::size_t byteLength, std::uint8_t** output,
+                         std::size_t* outputLength, int katakanaMode) {
+    if (source == nullptr || output == nullptr || outputLength == nullptr) {
+        return CodecInvalidArgument;
+    }
+    const auto* bytes = static_cast<const std::uint8_t*>(source);
+    const std::size_t unitCount = byteLength / 2;
+    if (unitCount == 0) {
+        return CodecUnconvertible;
+    }
+    detail::OutputBlock out;
+    // Per unit at most two Shift_JIS bytes, each at most an escape and a pair.
+    if (!out.Reserve(detail::BoundBytes(unitCount, 10, 8))) {
+        return CodecOutOfMemory;
+    }
+    const std::uint16_t* jisCodes = Tables().jisCodes;
+    const std::uint16_t* encodedBytes = cp932::Tables().encodedBytes;
+    JisByteWriter writer(out.bytes(), katakanaMode);
+    std::uint8_t*& d = writer.out();
+    std::size_t k = 0;
+    while (k < unitCount) {
+        const char16_t unit = detail::LoadUnit(bytes + 2 * k);
+        if (writer.Idle()) {
+            // A stretch of one kind at a time: the state is tested once per stretch, and the
+            // loops do not guess at each character whether the next is of the other kind.
+            std::uint16_t code = jisCodes[unit];
+            if (code < 0x100) {
+                writer.SwitchTo(JisByteWriter::Ascii);
+                do {
+                    if (k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
+                        d += 8;
+                        k += 8;
+                    } else {
+                        *d++ = static_cast<std::uint8_t>(code);
+                        ++k;
+                    }
+                } while (k < unitCount &&
+                         (code = jisCodes[detail::LoadUnit(bytes + 2 * k)]) < 0x100);
+                continue;
+            }
+            if (code != cp932::kUnmapped) {
+                writer.SwitchTo(JisByteWriter::Kanji);
+                do {
+                    d[0] = static_cast<std::uint8_t>(code >> 8);
+                    d[1] = static_cast<std::uint8_t>(code);
+                    d += 2;
+                    ++k;
+                } while (k < unitCount && static_cast<std::uint16_t>(
+                                              (code = jisCodes[detail::LoadUnit(bytes + 2 * k)]) -
+                                              0x100) < cp932::kUnmapped - 0x100);
+                continue;
+            }
+        }
+        const detail::EncodedCharacter character =
+            detail::EncodeShiftJisCharacter(encodedBytes, bytes, k, unitCount);
+        writer.PutEncoded(character.bytes);
+        k += character.units;
+    }
+    writer.Finish();
+    return out.Deliver(static_cast<std::size_t>(d - out.bytes()), 1, output, outputLength);
+}
+
+} // namespace korvel
