@@ -1,6 +1,7 @@
 #include "macro/MacroPlayer.h"
 
 #include "macro/KeyInjection.h"
+#include "macro/MacroSyntax.h"
 #include "messages/MessageService.h"
 
 #include <QApplication>
@@ -64,35 +65,10 @@ QString TextOfKey(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     return QString(QChar(char16_t(key)));
 }
 
-// A quoted TYPE text as it is typed: the quotes off, the escapes read, a line feed as CR LF.
+// A quoted TYPE text as it is typed: the quotes off, the escapes read, a line feed as the text's
+// line break.
 QString DecodeTypedText(const QString& quoted) {
-    QStringView text(quoted);
-    if (text.startsWith(u'"'))
-        text = text.mid(1);
-    if (text.endsWith(u'"'))
-        text.chop(1);
-    QString typed;
-    typed.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c != u'\\' || i + 1 == text.size()) {
-            typed += c;
-            continue;
-        }
-        const QChar next = text[i + 1];
-        if (next == u'\\' || next == u'"')
-            typed += next;
-        else if (next == u'n')
-            typed += QStringLiteral("\r\n");
-        else if (next == u't')
-            typed += u'\t';
-        else {
-            typed += c;
-            continue;
-        }
-        ++i;
-    }
-    return typed;
+    return macro::DecodeMacroText(quoted).replace(u'\n', QStringLiteral("\r\n"));
 }
 
 void ProcessPendingEvents() {
