@@ -130,10 +130,13 @@ Conversion Convert(std::span<const std::uint8_t> bytes, const CommandLine& line)
 int RunConvert(const CommandLine& line) {
     std::string error;
     const std::string& input = line.inputs.front();
-    // UTF-16 output may be the input's own bytes, which the kernel would then read for the
-    // write, outside any guard: such a file is read instead of mapped.
-    std::optional<FileBytes> file = line.to == TextEncoding::Unicode ? FileBytes::Read(input, error)
-                                                                     : FileBytes::Map(input, error);
+    // UTF-16 read and written as UTF-16 may be written straight from the input's bytes, which
+    // the kernel then reads outside any guard: such a file is read instead of mapped.
+    const bool mayBeUtf16 =
+        line.from == TextEncoding::Unicode || line.from == TextEncoding::AutoDetect;
+    std::optional<FileBytes> file = mayBeUtf16 && line.to == TextEncoding::Unicode
+                                        ? FileBytes::Read(input, error)
+                                        : FileBytes::Map(input, error);
     Conversion conversion;
     if (file && !file->Guarded([&] { conversion = Convert(file->bytes(), line); })) {
         conversion = {};
