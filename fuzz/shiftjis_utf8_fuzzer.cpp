@@ -10,6 +10,7 @@
 #include "codec/Detection.h"
 #include "codec/ShiftJisConversion.h"
 #include "codec/Utf8Conversion.h"
+#include "codec/VectorSupport.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -62,8 +63,6 @@ void CheckUtf8(const std::uint8_t* data, std::size_t size) {
                 decoded.block.units() == ModelUtf8ToUnicode(data, size),
             "Utf8ToUnicode reads every sequence as the byte-wise rules do");
 
-    CodecResult encoded = RunConverter(korvel::UnicodeToUtf8, data, size);
-    Require(Delivered(encoded, 2), "UnicodeToUtf8 gives terminated output");
     std::vector<std::uint8_t> expected;
     for (std::size_t i = 0; i + 1 < size; i += 2) {
         std::uint8_t unit[3];
@@ -71,8 +70,18 @@ void CheckUtf8(const std::uint8_t* data, std::size_t size) {
             korvel::EncodeUtf8Unit(static_cast<std::uint16_t>(data[i] | data[i + 1] << 8), unit);
         expected.insert(expected.end(), unit, unit + count);
     }
-    Require(std::ranges::equal(encoded.block.bytes(), expected),
-            "UnicodeToUtf8 encodes each code unit as EncodeUtf8Unit does");
+    // The shuffle loop where the CPU has it, then the portable loop.
+    korvel::detail::VectorSupport& vectors = korvel::detail::Vectors();
+    const korvel::detail::VectorSupport found = vectors;
+    CodecResult encoded;
+    for (const bool ssse3 : {found.ssse3, false}) {
+        vectors.ssse3 = ssse3;
+        encoded = RunConverter(korvel::UnicodeToUtf8, data, size);
+        Require(Delivered(encoded, 2), "UnicodeToUtf8 gives terminated output");
+        Require(std::ranges::equal(encoded.block.bytes(), expected),
+                "UnicodeToUtf8 encodes each code unit as EncodeUtf8Unit does");
+    }
+    vectors = found;
     CodecResult back =
         RunConverter(korvel::Utf8ToUnicode, encoded.block.data(), encoded.block.size());
     const std::size_t evenSize = size / 2 * 2;

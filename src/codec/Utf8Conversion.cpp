@@ -4,12 +4,18 @@
 #include "codec/Detection.h"
 #include "codec/OutputBlock.h"
 #include "codec/Utf16Units.h"
+#include "codec/VectorSupport.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
+#endif
+#if defined(__x86_64__)
+#include <tmmintrin.h>
 #endif
 
 namespace korvel {
@@ -126,6 +132,85 @@ inline bool EncodeThreeByteUnits8(const std::uint8_t* source, std::uint8_t* d) {
 #endif
 }
 
+#if defined(__x86_64__)
+// How four units of 1, 2 or 3 bytes, each laid out in its own four-byte slot, close up: the
+// shuffle that packs the used bytes of the slots together, and their count. Indexed by the
+// units' lengths less one, two bits per unit, the first unit lowest.
+struct Utf8Packing {
+    std::array<std::uint8_t, 16> shuffle;
+    std::uint8_t length;
+};
+
+constexpr std::array<Utf8Packing, 256> MakeUtf8Packings() {
+    std::array<Utf8Packing, 256> packings{};
+    for (unsigned index = 0; index < 256; ++index) {
+        Utf8Packing& packing = packings[index];
+        packing.shuffle.fill(0x80); // pshufb writes 0 for a byte with its high bit set
+        unsigned out = 0;
+        for (unsigned unit = 0; unit < 4; ++unit) {
+            const unsigned length = std::min((index >> (2 * unit) & 3) + 1, 3u);
+            for (unsigned b = 0; b < length; ++b) {
+                packing.shuffle[out++] = static_cast<std::uint8_t>(4 * unit + b);
+            }
+        }
+        packing.length = static_cast<std::uint8_t>(out);
+    }
+    return packings;
+}
+
+constexpr std::array<Utf8Packing, 256> kUtf8Packings = MakeUtf8Packings();
+
+// Bit k of a four-bit mask moved to bit 2k.
+constexpr std::array<unsigned, 16> kSpreadBits = {0x00, 0x01, 0x04, 0x05, 0x10, 0x11, 0x14, 0x15,
+                                                  0x40, 0x41, 0x44, 0x45, 0x50, 0x51, 0x54, 0x55};
+
+// Encodes the eight units at source, whatever their lengths (surrogates as three bytes, as
+// EncodeUtf8Unit does), with two byte shuffles and no branch; writes 16 bytes at d twice, the
+// second store overlapping the first, and returns the bytes the units take. The output block
+// keeps room behind the last unit for the stores' tails.
+__attribute__((target("ssse3"))) inline int EncodeUtf8Units8Ssse3(const std::uint8_t* source,
+                                                                  std::uint8_t* d) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source));
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i sixBits = _mm_set1_epi16(0x3F);
+    const __m128i continuation = _mm_set1_epi16(0x80);
+    // All ones in the lanes of units of two or more bytes, and of three.
+    const __m128i long2 = _mm_xor_si128(
+        _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(-0x80)), zero), _mm_set1_epi16(-1));
+    const __m128i long3 = _mm_xor_si128(
+        _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(-0x800)), zero), _mm_set1_epi16(-1));
+    const __m128i last = _mm_or_si128(_mm_and_si128(units, sixBits), continuation);
+    const __m128i middle =
+        _mm_or_si128(_mm_and_si128(_mm_srli_epi16(units, 6), sixBits), continuation);
+    const __m128i lead3 = _mm_or_si128(_mm_srli_epi16(units, 12), _mm_set1_epi16(0xE0));
+    const __m128i lead2 = _mm_or_si128(_mm_srli_epi16(units, 6), _mm_set1_epi16(0xC0));
+    // Slot bytes: the lead (or the unit itself), then the second and the third byte.
+    const __m128i first =
+        _mm_or_si128(_mm_or_si128(_mm_and_si128(long3, lead3),
+                                  _mm_andnot_si128(long3, _mm_and_si128(long2, lead2))),
+                     _mm_andnot_si128(long2, units));
+    const __m128i second =
+        _mm_or_si128(_mm_and_si128(long3, middle), _mm_andnot_si128(long3, last));
+    const __m128i firstTwo = _mm_or_si128(first, _mm_slli_epi16(second, 8));
+    const __m128i slots[2] = {_mm_unpacklo_epi16(firstTwo, last),
+                              _mm_unpackhi_epi16(firstTwo, last)};
+    const auto lengths = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(long2, long3)));
+    const unsigned indexes[2] = {kSpreadBits[lengths & 0xF] + kSpreadBits[lengths >> 8 & 0xF],
+                                 kSpreadBits[lengths >> 4 & 0xF] +
+                                     kSpreadBits[lengths >> 12 & 0xF]};
+    int written = 0;
+    for (int half = 0; half < 2; ++half) {
+        const Utf8Packing& packing = kUtf8Packings[indexes[half]];
+        const __m128i shuffle =
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(packing.shuffle.data()));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + written),
+                         _mm_shuffle_epi8(slots[half], shuffle));
+        written += packing.length;
+    }
+    return written;
+}
+#endif
+
 } // namespace
 
 int EncodeUtf8Unit(std::uint16_t unit, std::uint8_t* destination) {
@@ -226,11 +311,19 @@ CodecStatus UnicodeToUtf8(const void* source, std::size_t byteLength, std::uint8
     const auto* bytes = static_cast<const std::uint8_t*>(source);
     const std::size_t unitCount = byteLength / 2;
     detail::OutputBlock out;
-    if (!out.Reserve(detail::BoundBytes(unitCount, 3, 0))) {
+    // The shuffles' last store reaches 2 bytes past three per unit, the terminator's room 2.
+    if (!out.Reserve(detail::BoundBytes(unitCount, 3, 2))) {
         return CodecOutOfMemory;
     }
     std::uint8_t* d = out.bytes();
     std::size_t k = 0;
+#if defined(__x86_64__)
+    if (detail::Vectors().ssse3) {
+        for (; k + 8 <= unitCount; k += 8) {
+            d += EncodeUtf8Units8Ssse3(bytes + 2 * k, d);
+        }
+    }
+#endif
     // Eight units at a time: ASCII as it is, anything else through the branch-free form, since
     // text that mixes ASCII and Japanese mispredicts a branch on each unit's length.
     for (; k + 8 <= unitCount; k += 8) {
