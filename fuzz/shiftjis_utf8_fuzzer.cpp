@@ -10,7 +10,6 @@
 #include "codec/Detection.h"
 #include "codec/ShiftJisConversion.h"
 #include "codec/Utf8Conversion.h"
-#include "codec/VectorSupport.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,6 +24,7 @@ namespace {
 using korvel::CodecOk;
 using korvel::CodecResult;
 using korvel::RunConverter;
+using korvel::fuzz::ForEachVectorLevel;
 using korvel::fuzz::Require;
 
 // Callers read converter output as NUL-terminated strings, wide or narrow.
@@ -54,17 +54,6 @@ std::u16string ModelUtf8ToUnicode(const std::uint8_t* data, std::size_t size) {
         i += length < 0 ? 1 : static_cast<std::size_t>(length);
     }
     return text;
-}
-
-// Runs check with the shuffle loops where the CPU has them, then with the portable loops.
-template <typename Check> void ForEachVectorLevel(Check check) {
-    korvel::detail::VectorSupport& vectors = korvel::detail::Vectors();
-    const korvel::detail::VectorSupport found = vectors;
-    for (const bool ssse3 : {found.ssse3, false}) {
-        vectors.ssse3 = ssse3;
-        check();
-    }
-    vectors = found;
 }
 
 void CheckUtf8(const std::uint8_t* data, std::size_t size) {

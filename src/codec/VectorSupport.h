@@ -9,6 +9,7 @@ namespace korvel::detail {
 
 struct VectorSupport {
     bool ssse3 = false;
+    bool avx2 = false; // with popcnt, which every AVX2 machine has
 };
 
 inline VectorSupport& Vectors() {
@@ -16,6 +17,7 @@ inline VectorSupport& Vectors() {
         VectorSupport found;
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
         found.ssse3 = __builtin_cpu_supports("ssse3");
+        found.avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
 #endif
         return found;
     }();
