@@ -11,6 +11,8 @@
 #include "codec/JisEucConversion.h"
 #include "codec/OutputBlock.h"
 #include "codec/ShiftJisSteps.h"
+#include "codec/TableEncoding.h"
+#include "codec/VectorSupport.h"
 
 #include <bit>
 #include <cstring>
@@ -446,6 +448,9 @@ CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_
     EucByteWriter writer(out.bytes());
     std::uint8_t*& d = writer.out();
     std::size_t k = 0;
+#if defined(__x86_64__)
+    const bool ssse3 = detail::Vectors().ssse3;
+#endif
     while (k < unitCount) {
         const char16_t unit = detail::LoadUnit(bytes + 2 * k);
         if (writer.Idle()) {
@@ -454,6 +459,17 @@ CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_
                 k += 8;
                 continue;
             }
+#if defined(__x86_64__)
+            // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
+            if (ssse3 && k + 8 <= unitCount) {
+                const int written = detail::EncodeUnits8Ssse3(eucBytes, bytes + 2 * k, d);
+                if (written >= 0) {
+                    d += written;
+                    k += 8;
+                    continue;
+                }
+            }
+#endif
             const std::uint16_t euc = eucBytes[unit];
             if (euc != cp932::kUnmapped) {
                 detail::StoreBytes(d, euc); // the second byte of one is overwritten next

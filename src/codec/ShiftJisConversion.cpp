@@ -4,15 +4,11 @@
 #include "codec/Cp932Tables.h"
 #include "codec/OutputBlock.h"
 #include "codec/ShiftJisSteps.h"
+#include "codec/TableEncoding.h"
 #include "codec/VectorSupport.h"
 
-#include <array>
 #include <bit>
 #include <cstring>
-
-#if defined(__x86_64__)
-#include <tmmintrin.h>
-#endif
 
 namespace korvel {
 
@@ -28,59 +24,6 @@ inline std::uint64_t Load64(const std::uint8_t* p) {
     std::memcpy(&word, p, sizeof word);
     return word;
 }
-
-#if defined(__x86_64__)
-// How the bytes of eight table entries close up: the shuffle that packs them together, and
-// their count. Indexed by a mask whose bit k says entry k has two bytes.
-struct ShiftJisPacking {
-    std::array<std::uint8_t, 16> shuffle;
-    std::uint8_t length;
-};
-
-constexpr std::array<ShiftJisPacking, 256> MakeShiftJisPackings() {
-    std::array<ShiftJisPacking, 256> packings{};
-    for (unsigned index = 0; index < 256; ++index) {
-        ShiftJisPacking& packing = packings[index];
-        packing.shuffle.fill(0x80); // pshufb writes 0 for a byte with its high bit set
-        unsigned out = 0;
-        for (unsigned entry = 0; entry < 8; ++entry) {
-            packing.shuffle[out++] = static_cast<std::uint8_t>(2 * entry);
-            if ((index >> entry & 1) != 0) {
-                packing.shuffle[out++] = static_cast<std::uint8_t>(2 * entry + 1);
-            }
-        }
-        packing.length = static_cast<std::uint8_t>(out);
-    }
-    return packings;
-}
-
-constexpr std::array<ShiftJisPacking, 256> kShiftJisPackings = MakeShiftJisPackings();
-
-// Encodes the eight units at source when none needs more than its table entry (no surrogate):
-// eight lookups, one shuffle and one 16-byte store at d, without a branch on the characters'
-// lengths. Returns the bytes written, or -1, writing nothing, for a group with a surrogate.
-__attribute__((target("ssse3"))) inline int
-EncodeShiftJisUnits8Ssse3(const std::uint16_t* encodedBytes, const std::uint8_t* source,
-                          std::uint8_t* d) {
-    const auto entry = [&](int k) {
-        return static_cast<short>(encodedBytes[LoadUnit(source + 2 * k)]);
-    };
-    const __m128i entries = _mm_set_epi16(entry(7), entry(6), entry(5), entry(4), entry(3),
-                                          entry(2), entry(1), entry(0));
-    const __m128i unmapped = _mm_cmpeq_epi16(entries, _mm_set1_epi16(-1));
-    const __m128i oneByte =
-        _mm_cmpeq_epi16(_mm_and_si128(entries, _mm_set1_epi16(-0x100)), _mm_setzero_si128());
-    const auto masks = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(oneByte, unmapped)));
-    if ((masks >> 8) != 0) {
-        return -1;
-    }
-    const ShiftJisPacking& packing = kShiftJisPackings[~masks & 0xFF];
-    const __m128i shuffle =
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(packing.shuffle.data()));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_shuffle_epi8(entries, shuffle));
-    return packing.length;
-}
-#endif
 
 } // namespace
 
@@ -115,7 +58,7 @@ CodecStatus UnicodeToShiftJis(const void* source, std::size_t byteLength, std::u
 #if defined(__x86_64__)
         // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
         if (ssse3 && k + 8 <= unitCount) {
-            const int written = EncodeShiftJisUnits8Ssse3(encodedBytes, bytes + 2 * k, d);
+            const int written = detail::EncodeUnits8Ssse3(encodedBytes, bytes + 2 * k, d);
             if (written >= 0) {
                 d += written;
                 k += 8;
