@@ -57,11 +57,13 @@ std::u16string ModelUtf8ToUnicode(const std::uint8_t* data, std::size_t size) {
 }
 
 void CheckUtf8(const std::uint8_t* data, std::size_t size) {
-    CodecResult decoded = RunConverter(korvel::Utf8ToUnicode, data, size);
-    Require(Delivered(decoded, 2), "Utf8ToUnicode gives terminated UTF-16");
-    Require(decoded.block.size() % 2 == 0 &&
-                decoded.block.units() == ModelUtf8ToUnicode(data, size),
-            "Utf8ToUnicode reads every sequence as the byte-wise rules do");
+    const std::u16string model = ModelUtf8ToUnicode(data, size);
+    ForEachVectorLevel([&] {
+        CodecResult decoded = RunConverter(korvel::Utf8ToUnicode, data, size);
+        Require(Delivered(decoded, 2), "Utf8ToUnicode gives terminated UTF-16");
+        Require(decoded.block.size() % 2 == 0 && decoded.block.units() == model,
+                "Utf8ToUnicode reads every sequence as the byte-wise rules do");
+    });
 
     std::vector<std::uint8_t> expected;
     for (std::size_t i = 0; i + 1 < size; i += 2) {
