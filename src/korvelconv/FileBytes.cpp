@@ -58,11 +58,13 @@ struct sigaction previousBusAction {};
 // the handler returns; the pass goes on to its end, and its result is thrown away. (mmap is no
 // async-signal-safe function by the letter, but on Linux it is the bare system call.)
 void ReplaceLostPages(int, siginfo_t* info, void*) {
+    const int interruptedErrno = errno;
     const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
     if (address >= guardedBegin && address < guardedEnd) {
         const std::uintptr_t page = address & pageMask;
         void* zeros = ::mmap(reinterpret_cast<void*>(page), guardedEnd - page, PROT_READ,
                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+        errno = interruptedErrno;
         if (zeros != MAP_FAILED) {
             lostPages = 1;
             return;

@@ -12,9 +12,9 @@ namespace korvel::conv {
 
 // The whole content of one input: a regular file, or standard input of any kind up to
 // kStandardInputLimit. Read copies the bytes into memory. Map maps a named regular file
-// instead, which spares a 64 MiB file about a third of a conversion's time (fresh pages
-// zeroed, then filled by a copy), but a mapped file that another program cuts short takes its
-// pages along: touching them raises SIGBUS. So mapped bytes are only touched inside Guarded,
+// instead, which spares zeroing as many fresh pages and copying the file into them, but a
+// mapped file that another program cuts short takes its pages along: touching them raises
+// SIGBUS. So mapped bytes are only touched inside Guarded,
 // and a pass that lost pages is run again over the file read afresh; the output is then the
 // shorter file's, as with Read, and never a crash.
 class FileBytes {
