@@ -454,22 +454,22 @@ CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_
     while (k < unitCount) {
         const char16_t unit = detail::LoadUnit(bytes + 2 * k);
         if (writer.Idle()) {
+#if defined(__x86_64__)
+            // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
+            if (ssse3 && k + 8 <= unitCount) {
+                const std::size_t stop =
+                    detail::EncodeGroupsSsse3(eucBytes, bytes, k, unitCount, d);
+                if (stop != k) {
+                    k = stop;
+                    continue;
+                }
+            }
+#endif
             if (unit < 0x80 && k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
                 d += 8;
                 k += 8;
                 continue;
             }
-#if defined(__x86_64__)
-            // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
-            if (ssse3 && k + 8 <= unitCount) {
-                const int written = detail::EncodeUnits8Ssse3(eucBytes, bytes + 2 * k, d);
-                if (written >= 0) {
-                    d += written;
-                    k += 8;
-                    continue;
-                }
-            }
-#endif
             const std::uint16_t euc = eucBytes[unit];
             if (euc != cp932::kUnmapped) {
                 detail::StoreBytes(d, euc); // the second byte of one is overwritten next

@@ -49,23 +49,23 @@ CodecStatus UnicodeToShiftJis(const void* source, std::size_t byteLength, std::u
     const bool ssse3 = detail::Vectors().ssse3;
 #endif
     while (k < unitCount) {
+#if defined(__x86_64__)
+        // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
+        if (ssse3 && k + 8 <= unitCount) {
+            const std::size_t stop =
+                detail::EncodeGroupsSsse3(encodedBytes, bytes, k, unitCount, d);
+            if (stop != k) {
+                k = stop;
+                continue;
+            }
+        }
+#endif
         const char16_t unit = LoadUnit(bytes + 2 * k);
         if (unit < 0x80 && k + 8 <= unitCount && NarrowAscii8(bytes + 2 * k, d)) {
             d += 8;
             k += 8;
             continue;
         }
-#if defined(__x86_64__)
-        // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
-        if (ssse3 && k + 8 <= unitCount) {
-            const int written = detail::EncodeUnits8Ssse3(encodedBytes, bytes + 2 * k, d);
-            if (written >= 0) {
-                d += written;
-                k += 8;
-                continue;
-            }
-        }
-#endif
         // Both bytes are stored whatever the length: the second of a one-byte character is
         // overwritten next, or lands on the terminator's room.
         std::uint16_t encoded = encodedBytes[unit];

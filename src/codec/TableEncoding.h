@@ -6,6 +6,7 @@
 #include "codec/Utf16Units.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #if defined(__x86_64__)
@@ -62,6 +63,26 @@ EncodeUnits8Ssse3(const std::uint16_t* table, const std::uint8_t* source, std::u
         _mm_loadu_si128(reinterpret_cast<const __m128i*>(packing.shuffle.data()));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_shuffle_epi8(entries, shuffle));
     return packing.length;
+}
+
+// Encodes the groups of eight units from unit k on while each is ASCII or has all its bytes in
+// table; returns the unit where it stopped. One function for the whole run, so that the group
+// steps inline into one loop compiled for SSSE3.
+__attribute__((target("ssse3"))) inline std::size_t
+EncodeGroupsSsse3(const std::uint16_t* table, const std::uint8_t* source, std::size_t k,
+                  std::size_t unitCount, std::uint8_t*& d) {
+    for (; k + 8 <= unitCount; k += 8) {
+        if (NarrowAscii8(source + 2 * k, d)) {
+            d += 8;
+            continue;
+        }
+        const int written = EncodeUnits8Ssse3(table, source + 2 * k, d);
+        if (written < 0) {
+            break;
+        }
+        d += written;
+    }
+    return k;
 }
 #endif
 

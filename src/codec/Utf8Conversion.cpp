@@ -314,6 +314,17 @@ __attribute__((target("ssse3"))) inline int EncodeUtf8Units8Ssse3(const std::uin
     }
     return written;
 }
+
+// The whole run of eight-unit groups in one function compiled for SSSE3, so that the groups
+// inline into its loop; returns the unit where it stopped.
+__attribute__((target("ssse3"))) std::size_t
+EncodeUtf8GroupsSsse3(const std::uint8_t* source, std::size_t unitCount, std::uint8_t*& d) {
+    std::size_t k = 0;
+    for (; k + 8 <= unitCount; k += 8) {
+        d += EncodeUtf8Units8Ssse3(source + 2 * k, d);
+    }
+    return k;
+}
 #endif
 
 } // namespace
@@ -425,9 +436,7 @@ CodecStatus UnicodeToUtf8(const void* source, std::size_t byteLength, std::uint8
     std::size_t k = 0;
 #if defined(__x86_64__)
     if (detail::Vectors().ssse3) {
-        for (; k + 8 <= unitCount; k += 8) {
-            d += EncodeUtf8Units8Ssse3(bytes + 2 * k, d);
-        }
+        k = EncodeUtf8GroupsSsse3(bytes, unitCount, d);
     }
 #endif
     // Eight units at a time: ASCII as it is, anything else through the branch-free form, since
