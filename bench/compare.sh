@@ -3,12 +3,15 @@
 # Every tool runs as a whole process on the same file, RUNS times, writing to /dev/null; the
 # table shows medians of the wall-clock time and korvelconv's peak memory. One untimed run of
 # each tool first warms the page cache and checks that all tools wrote the same bytes (a mark at
-# the start of korvelconv's output aside).
+# the start of korvelconv's output aside). In the same rounds run the floors: cat, and
+# korvel_floor, which reads (or maps) the file and writes an output of korvelconv's size made
+# by copying, so that the last table shows what the machine costs before any conversion.
 #
 # Usage: bench/compare.sh [KORVELCONV]   (default build-bench/src/korvelconv/korvelconv)
 # Environment: KORVEL_CORPUS   corpus folder (default <repo>/corpus; scripts/bench.sh builds it)
 #              RUNS            timed runs per tool and case (default 5)
 #              CASES           extended regex; only cases whose name matches run (e.g. 'decode')
+#              FLOOR           korvel_floor (default: bench/korvel_floor of korvelconv's build)
 set -euo pipefail
 
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -16,6 +19,7 @@ corpus="${KORVEL_CORPUS:-$root/corpus}"
 runs="${RUNS:-5}"
 only="${CASES:-.}"
 korvelconv="${1:-$root/build-bench/src/korvelconv/korvelconv}"
+floor="${FLOOR:-$(dirname "$korvelconv")/../../bench/korvel_floor}"
 
 [ -x "$korvelconv" ] || { echo "compare.sh: no korvelconv at $korvelconv" >&2; exit 2; }
 [ -x /usr/bin/time ] || { echo "compare.sh: /usr/bin/time is missing (Debian: time)" >&2; exit 2; }
@@ -33,6 +37,7 @@ for tool in "${others[@]}"; do
         echo "note: $tool is not installed; its columns stay empty" >&2
     fi
 done
+[ -x "$floor" ] || echo "note: no korvel_floor at $floor; the floor table stays empty" >&2
 
 # Outputs of the warm-up runs are compared on a tmpfs when there is one.
 scratch_parent=/dev/shm
@@ -105,6 +110,7 @@ echo
 
 speed_rows=()
 memory_rows=()
+floor_rows=()
 notes=()
 failed_targets=0
 for entry in "${cases[@]}"; do
@@ -151,6 +157,15 @@ for entry in "${cases[@]}"; do
         fi
         if [ "$tool" = korvelconv ]; then
             own_skip=$(mark_length "$scratch/korvelconv.out")
+            # The floors write as many bytes as korvelconv did; they join the timed rounds.
+            tools+=(cat)
+            commands+=("$(joined cat "$own_path")")
+            if [ -x "$floor" ]; then
+                own_out=$(stat -c %s "$scratch/korvelconv.out")
+                tools+=(floor-read floor-map)
+                commands+=("$(joined "$floor" read "$own_path" "$own_out")"
+                    "$(joined "$floor" map "$own_path" "$own_out")")
+            fi
             continue
         fi
         if [ "$kind" != detect ]; then
@@ -214,6 +229,19 @@ for entry in "${cases[@]}"; do
     fi
     speed_rows+=("$row")
 
+    floor_row=$(printf '%-18s %7s s' "$name" "$(seconds "$own_ns")")
+    for tool in cat floor-read floor-map; do
+        if [ -z "${times[$tool]:-}" ]; then
+            floor_row+=$(printf '   %7s  %5s' - -)
+            continue
+        fi
+        read -ra list <<<"${times[$tool]}"
+        tool_ns=$(median "${list[@]}")
+        floor_row+=$(printf '   %7s s %5s' "$(seconds "$tool_ns")" \
+            "$(awk -v a="$tool_ns" -v b="$own_ns" 'BEGIN { printf "%.0f%%", 100 * a / b }')")
+    done
+    floor_rows+=("$floor_row")
+
     peak_bytes=$((peak_kb[korvelconv] * 1024))
     if [ "$kind" = detect ]; then
         # Detection makes neither text nor output: its peak is shown for what it is.
@@ -245,6 +273,12 @@ echo
 echo "korvelconv peak memory (MiB; target: max RSS <= input + UTF-16 text + output)"
 printf '%-18s %8s %8s %8s %8s %8s   %s\n' case input UTF-16 output limit "max RSS" target
 printf '%s\n' "${memory_rows[@]}"
+echo
+echo "floors, timed in the same rounds (share: floor time / korvelconv time; floor-read and"
+echo "floor-map take the file into memory and write korvelconv's output size from it by copying)"
+printf '%-18s %9s   %15s   %15s   %15s\n' case korvelconv cat floor-read floor-map
+printf '%-18s %9s   %15s   %15s   %15s\n' "" s "s     share" "s     share" "s     share"
+printf '%s\n' "${floor_rows[@]}"
 if [ ${#notes[@]} -gt 0 ]; then
     echo
     printf 'note: %s\n' "${notes[@]}"

@@ -147,7 +147,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(korvel::IsEucText(bytes, size) == ModelEuc(padded), "IsEucText agrees");
     Require(korvel::DetectTextEncoding(bytes, size) == ModelEncoding(padded),
             "DetectTextEncoding agrees");
-    Require(korvel::DetectLineEnding(bytes, size) == ModelLineEnding(padded),
-            "DetectLineEnding agrees");
+    const korvel::LineEnding lineEnding = ModelLineEnding(padded);
+    korvel::fuzz::ForEachVectorLevel([&] {
+        Require(korvel::DetectLineEnding(bytes, size) == lineEnding, "DetectLineEnding agrees");
+    });
     return 0;
 }

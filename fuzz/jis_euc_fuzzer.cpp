@@ -141,10 +141,13 @@ void CheckDirectRoutes(const std::uint8_t* data, std::size_t size) {
                        ThroughShiftJis(RunConverter(EucToShiftJis, data, size), ShiftJisToUnicode),
                        2),
             "EucToUnicode gives what the route through Shift_JIS gives");
-    Require(SameResult(RunConverter(UnicodeToEuc, data, size),
-                       ThroughShiftJis(RunConverter(UnicodeToShiftJis, data, size), ShiftJisToEuc),
-                       1),
-            "UnicodeToEuc gives what the route through Shift_JIS gives");
+    // The route's Shift_JIS encoder is held against glibc at each level by its own target.
+    korvel::fuzz::ForEachVectorLevel([&] {
+        Require(SameResult(
+                    RunConverter(UnicodeToEuc, data, size),
+                    ThroughShiftJis(RunConverter(UnicodeToShiftJis, data, size), ShiftJisToEuc), 1),
+                "UnicodeToEuc gives what the route through Shift_JIS gives");
+    });
     for (const int katakanaMode : {0, 1}) {
         Require(SameResult(RunConverter(UnicodeToJis, data, size, katakanaMode),
                            ThroughShiftJis(RunConverter(UnicodeToShiftJis, data, size),

@@ -24,6 +24,7 @@ namespace {
 using korvel::CodecOk;
 using korvel::CodecResult;
 using korvel::RunConverter;
+using korvel::fuzz::ForEachVectorLevel;
 using korvel::fuzz::Require;
 
 // Callers read converter output as NUL-terminated strings, wide or narrow.
@@ -56,14 +57,14 @@ std::u16string ModelUtf8ToUnicode(const std::uint8_t* data, std::size_t size) {
 }
 
 void CheckUtf8(const std::uint8_t* data, std::size_t size) {
-    CodecResult decoded = RunConverter(korvel::Utf8ToUnicode, data, size);
-    Require(Delivered(decoded, 2), "Utf8ToUnicode gives terminated UTF-16");
-    Require(decoded.block.size() % 2 == 0 &&
-                decoded.block.units() == ModelUtf8ToUnicode(data, size),
-            "Utf8ToUnicode reads every sequence as the byte-wise rules do");
+    const std::u16string model = ModelUtf8ToUnicode(data, size);
+    ForEachVectorLevel([&] {
+        CodecResult decoded = RunConverter(korvel::Utf8ToUnicode, data, size);
+        Require(Delivered(decoded, 2), "Utf8ToUnicode gives terminated UTF-16");
+        Require(decoded.block.size() % 2 == 0 && decoded.block.units() == model,
+                "Utf8ToUnicode reads every sequence as the byte-wise rules do");
+    });
 
-    CodecResult encoded = RunConverter(korvel::UnicodeToUtf8, data, size);
-    Require(Delivered(encoded, 2), "UnicodeToUtf8 gives terminated output");
     std::vector<std::uint8_t> expected;
     for (std::size_t i = 0; i + 1 < size; i += 2) {
         std::uint8_t unit[3];
@@ -71,8 +72,13 @@ void CheckUtf8(const std::uint8_t* data, std::size_t size) {
             korvel::EncodeUtf8Unit(static_cast<std::uint16_t>(data[i] | data[i + 1] << 8), unit);
         expected.insert(expected.end(), unit, unit + count);
     }
-    Require(std::ranges::equal(encoded.block.bytes(), expected),
-            "UnicodeToUtf8 encodes each code unit as EncodeUtf8Unit does");
+    CodecResult encoded;
+    ForEachVectorLevel([&] {
+        encoded = RunConverter(korvel::UnicodeToUtf8, data, size);
+        Require(Delivered(encoded, 2), "UnicodeToUtf8 gives terminated output");
+        Require(std::ranges::equal(encoded.block.bytes(), expected),
+                "UnicodeToUtf8 encodes each code unit as EncodeUtf8Unit does");
+    });
     CodecResult back =
         RunConverter(korvel::Utf8ToUnicode, encoded.block.data(), encoded.block.size());
     const std::size_t evenSize = size / 2 * 2;
@@ -87,18 +93,21 @@ void CheckShiftJis(const std::uint8_t* data, std::size_t size) {
     Require(decoded.block.units() == korvel::reference::ShiftJisToUnicode({data, size}),
             "ShiftJisToUnicode decodes as glibc's CP932");
 
-    CodecResult encoded = RunConverter(korvel::UnicodeToShiftJis, data, size);
     if (size < 2) {
-        Require(encoded.status == korvel::CodecUnconvertible,
+        Require(RunConverter(korvel::UnicodeToShiftJis, data, size).status ==
+                    korvel::CodecUnconvertible,
                 "an empty text is unconvertible, as the platform conversion says");
         return;
     }
     std::u16string text(size / 2, u'\0');
     std::memcpy(text.data(), data, text.size() * 2);
     const korvel::reference::Bytes expected = korvel::reference::UnicodeToShiftJis(text);
-    Require(Delivered(encoded, 1), "UnicodeToShiftJis gives terminated output");
-    Require(std::ranges::equal(encoded.block.bytes(), expected),
-            "UnicodeToShiftJis encodes as glibc's CP932");
+    ForEachVectorLevel([&] {
+        CodecResult encoded = RunConverter(korvel::UnicodeToShiftJis, data, size);
+        Require(Delivered(encoded, 1), "UnicodeToShiftJis gives terminated output");
+        Require(std::ranges::equal(encoded.block.bytes(), expected),
+                "UnicodeToShiftJis encodes as glibc's CP932");
+    });
 }
 
 } // namespace

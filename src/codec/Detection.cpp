@@ -2,8 +2,13 @@
 
 #include "codec/ByteMasks.h"
 #include "codec/OutputBlock.h"
+#include "codec/VectorSupport.h"
 
 #include <bit>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 namespace korvel {
 
@@ -106,6 +111,87 @@ std::size_t SkipValidUtf8Blocks(const std::uint8_t* bytes, std::size_t length, b
     pending = detail::CountBits(owed);
     return i;
 }
+
+struct BreakCounts {
+    std::size_t cr = 0;
+    std::size_t lf = 0;
+    std::size_t crlf = 0; // CR then LF, or the UTF-16LE pair 0D 00 0A 00
+};
+
+// Masks and bit counts with the x86-64 baseline (or none).
+struct PortableMasks {
+    static std::uint64_t Byte(const std::uint8_t* block, std::uint8_t value) {
+        return detail::ByteMask(block, value);
+    }
+    static std::size_t Count(std::uint64_t mask) {
+        return static_cast<std::size_t>(detail::CountBits(mask));
+    }
+};
+
+// Bit k of the result is bit k + shift of the block's mask, the bits past its end filled from
+// the bytes behind the block (shift 1 to 3).
+inline std::uint64_t Following(std::uint64_t mask, const std::uint8_t* block, std::uint8_t value,
+                               int shift) {
+    std::uint64_t result = mask >> shift;
+    for (int k = 0; k < shift; ++k) {
+        result |= static_cast<std::uint64_t>(block[detail::kMaskBlock + k] == value)
+                  << (detail::kMaskBlock - shift + k);
+    }
+    return result;
+}
+
+// Counts the breaks of the whole 64-byte blocks that have three bytes behind them; returns
+// where it stopped.
+template <typename Masks>
+std::size_t CountBreaks(const std::uint8_t* bytes, std::size_t length, BreakCounts& counts) {
+    std::size_t i = 0;
+    for (; i + detail::kMaskBlock + 3 <= length; i += detail::kMaskBlock) {
+        const std::uint8_t* block = bytes + i;
+        const std::uint64_t crs = Masks::Byte(block, 0x0D);
+        const std::uint64_t lfs = Masks::Byte(block, 0x0A);
+        counts.lf += Masks::Count(lfs);
+        if (crs == 0) {
+            continue;
+        }
+        counts.cr += Masks::Count(crs);
+        const std::uint64_t lfNext = Following(lfs, block, 0x0A, 1);
+        counts.crlf += Masks::Count(crs & lfNext);
+        const std::uint64_t rest = crs & ~lfNext;
+        if (rest != 0) {
+            const std::uint64_t zeros = Masks::Byte(block, 0);
+            counts.crlf +=
+                Masks::Count(rest & Following(zeros, block, 0, 1) & Following(lfs, block, 0x0A, 2) &
+                             Following(zeros, block, 0, 3));
+        }
+    }
+    return i;
+}
+
+#if defined(__x86_64__)
+// 32 bytes a compare and the popcnt instruction: the scan runs at the speed of memory.
+struct Avx2Masks {
+    __attribute__((target("avx2"))) static std::uint64_t Byte(const std::uint8_t* block,
+                                                              std::uint8_t value) {
+        const __m256i wanted = _mm256_set1_epi8(static_cast<char>(value));
+        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block));
+        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block + 32));
+        const auto lowBits =
+            static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(low, wanted)));
+        const auto highBits =
+            static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(high, wanted)));
+        return lowBits | static_cast<std::uint64_t>(highBits) << 32;
+    }
+    __attribute__((target("popcnt"))) static std::size_t Count(std::uint64_t mask) {
+        return static_cast<std::size_t>(__builtin_popcountll(mask));
+    }
+};
+
+// Flattened: the loop and its masks are all inlined, so all of them use AVX2.
+[[gnu::flatten]] __attribute__((target("avx2,popcnt"))) std::size_t
+CountBreaksAvx2(const std::uint8_t* bytes, std::size_t length, BreakCounts& counts) {
+    return CountBreaks<Avx2Masks>(bytes, length, counts);
+}
+#endif
 
 } // namespace
 
@@ -316,32 +402,15 @@ LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
     if (bytes == nullptr || length == 0) {
         return LineEnding::NoLineBreak;
     }
-    std::size_t cr = 0;
-    std::size_t lf = 0;
-    std::size_t crlf = 0;
-    // A CR LF pair is CR then LF, or the UTF-16LE pair 0D 00 0A 00; the lookahead reads up to
-    // three bytes, so whole blocks stop three bytes short of the end and the rest goes through
-    // the bounded read.
-    std::size_t i = 0;
-    for (; i + detail::kMaskBlock + 3 <= length; i += detail::kMaskBlock) {
-        const std::uint8_t* block = bytes + i;
-        const std::uint64_t crs = detail::ByteMask(block, 0x0D);
-        const std::uint64_t lfs = detail::ByteMask(block, 0x0A);
-        lf += static_cast<std::size_t>(detail::CountBits(lfs));
-        if (crs == 0) {
-            continue;
-        }
-        cr += static_cast<std::size_t>(detail::CountBits(crs));
-        const std::uint64_t lfNext =
-            lfs >> 1 | static_cast<std::uint64_t>(block[detail::kMaskBlock] == 0x0A) << 63;
-        crlf += static_cast<std::size_t>(detail::CountBits(crs & lfNext));
-        const std::uint64_t rest = crs & ~lfNext;
-        if (rest != 0) {
-            crlf += static_cast<std::size_t>(detail::CountBits(
-                rest & detail::ByteMask(block + 1, 0) & detail::ByteMask(block + 2, 0x0A) &
-                detail::ByteMask(block + 3, 0)));
-        }
-    }
+    BreakCounts counts;
+    // The lookahead of a pair reads up to three bytes, so whole blocks stop three bytes short
+    // of the end and the rest goes through the bounded read.
+#if defined(__x86_64__)
+    std::size_t i = detail::Vectors().avx2 ? CountBreaksAvx2(bytes, length, counts)
+                                           : CountBreaks<PortableMasks>(bytes, length, counts);
+#else
+    std::size_t i = CountBreaks<PortableMasks>(bytes, length, counts);
+#endif
     auto pairAt = [&](std::size_t k) {
         const std::uint8_t next = ByteAt(bytes, length, k + 1);
         return next == 0x0A || (next == 0 && ByteAt(bytes, length, k + 2) == 0x0A &&
@@ -349,10 +418,11 @@ LineEnding DetectLineEnding(const std::uint8_t* bytes, std::size_t length) {
     };
     for (; i < length; ++i) {
         const std::uint8_t b = bytes[i];
-        cr += b == 0x0D;
-        lf += b == 0x0A;
-        crlf += b == 0x0D && pairAt(i);
+        counts.cr += b == 0x0D;
+        counts.lf += b == 0x0A;
+        counts.crlf += b == 0x0D && pairAt(i);
     }
+    const auto [cr, lf, crlf] = counts;
     if (crlf > 0) {
         if (crlf * 100 / cr < 50) {
             return LineEnding::Cr;

@@ -11,6 +11,8 @@
 #include "codec/JisEucConversion.h"
 #include "codec/OutputBlock.h"
 #include "codec/ShiftJisSteps.h"
+#include "codec/TableEncoding.h"
+#include "codec/VectorSupport.h"
 
 #include <bit>
 #include <cstring>
@@ -446,9 +448,23 @@ CodecStatus UnicodeToEuc(const void* source, std::size_t byteLength, std::uint8_
     EucByteWriter writer(out.bytes());
     std::uint8_t*& d = writer.out();
     std::size_t k = 0;
+#if defined(__x86_64__)
+    const bool ssse3 = detail::Vectors().ssse3;
+#endif
     while (k < unitCount) {
         const char16_t unit = detail::LoadUnit(bytes + 2 * k);
         if (writer.Idle()) {
+#if defined(__x86_64__)
+            // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
+            if (ssse3 && k + 8 <= unitCount) {
+                const std::size_t stop =
+                    detail::EncodeGroupsSsse3(eucBytes, bytes, k, unitCount, d);
+                if (stop != k) {
+                    k = stop;
+                    continue;
+                }
+            }
+#endif
             if (unit < 0x80 && k + 8 <= unitCount && detail::NarrowAscii8(bytes + 2 * k, d)) {
                 d += 8;
                 k += 8;

@@ -4,6 +4,8 @@
 #include "codec/Cp932Tables.h"
 #include "codec/OutputBlock.h"
 #include "codec/ShiftJisSteps.h"
+#include "codec/TableEncoding.h"
+#include "codec/VectorSupport.h"
 
 #include <bit>
 #include <cstring>
@@ -43,7 +45,21 @@ CodecStatus UnicodeToShiftJis(const void* source, std::size_t byteLength, std::u
     const std::uint16_t* encodedBytes = cp932::Tables().encodedBytes;
     std::uint8_t* d = out.bytes();
     std::size_t k = 0;
+#if defined(__x86_64__)
+    const bool ssse3 = detail::Vectors().ssse3;
+#endif
     while (k < unitCount) {
+#if defined(__x86_64__)
+        // Sixteen bytes are stored whatever the eight characters take: 2 per unit at most.
+        if (ssse3 && k + 8 <= unitCount) {
+            const std::size_t stop =
+                detail::EncodeGroupsSsse3(encodedBytes, bytes, k, unitCount, d);
+            if (stop != k) {
+                k = stop;
+                continue;
+            }
+        }
+#endif
         const char16_t unit = LoadUnit(bytes + 2 * k);
         if (unit < 0x80 && k + 8 <= unitCount && NarrowAscii8(bytes + 2 * k, d)) {
             d += 8;

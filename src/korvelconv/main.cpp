@@ -86,13 +86,19 @@ int RunDetect(const CommandLine& line) {
     int exitCode = 0;
     for (const std::string& input : line.inputs) {
         std::string error;
-        const std::optional<FileBytes> file = FileBytes::Read(input, error);
+        std::optional<FileBytes> file = FileBytes::Map(input, error);
+        std::string row;
+        if (file && !file->Guarded([&] { row = DetectionRow(input, file->bytes(), line.raw); })) {
+            file = FileBytes::Read(input, error); // cut short meanwhile: what it holds now
+            if (file) {
+                row = DetectionRow(input, file->bytes(), line.raw);
+            }
+        }
         if (!file) {
             ReportError(error);
             exitCode = kExitFailure;
             continue;
         }
-        const std::string row = DetectionRow(input, file->bytes(), line.raw);
         const std::span<const std::uint8_t> parts[] = {
             {reinterpret_cast<const std::uint8_t*>(row.data()), row.size()}};
         if (!WriteStandardOutput(parts, error)) {
@@ -103,26 +109,54 @@ int RunDetect(const CommandLine& line) {
     return exitCode;
 }
 
+// The decoded text may point into the file bytes, and the output into the text.
+struct Conversion {
+    DecodedDocument decoded;
+    EncodedDocument encoded;
+};
+
+Conversion Convert(std::span<const std::uint8_t> bytes, const CommandLine& line) {
+    Conversion conversion;
+    conversion.decoded = DecodeDocumentBytes(bytes, line.from);
+    if (conversion.decoded.status == CodecOk) {
+        const DecodedDocument& decoded = conversion.decoded;
+        conversion.encoded =
+            EncodeDocumentText(decoded.text, line.to, line.lineEnding.value_or(decoded.lineEnding),
+                               line.jisKatakanaMode);
+    }
+    return conversion;
+}
+
 int RunConvert(const CommandLine& line) {
     std::string error;
-    // The decoded text may point into these bytes, so they live until the output is written.
-    const std::optional<FileBytes> file = FileBytes::Read(line.inputs.front(), error);
+    const std::string& input = line.inputs.front();
+    // UTF-16 read and written as UTF-16 may be written straight from the input's bytes, which
+    // the kernel then reads outside any guard: such a file is read instead of mapped.
+    const bool mayBeUtf16 =
+        line.from == TextEncoding::Unicode || line.from == TextEncoding::AutoDetect;
+    std::optional<FileBytes> file = mayBeUtf16 && line.to == TextEncoding::Unicode
+                                        ? FileBytes::Read(input, error)
+                                        : FileBytes::Map(input, error);
+    Conversion conversion;
+    if (file && !file->Guarded([&] { conversion = Convert(file->bytes(), line); })) {
+        conversion = {};
+        file = FileBytes::Read(input, error); // cut short meanwhile: what it holds now
+        if (file) {
+            conversion = Convert(file->bytes(), line);
+        }
+    }
     if (!file) {
         ReportError(error);
         return kExitFailure;
     }
-    const DecodedDocument decoded = DecodeDocumentBytes(file->bytes(), line.from);
-    if (decoded.status != CodecOk) {
-        ReportError(CodecFailureMessage(decoded.status));
-        return kExitFailure;
-    }
-    const EncodedDocument encoded = EncodeDocumentText(
-        decoded.text, line.to, line.lineEnding.value_or(decoded.lineEnding), line.jisKatakanaMode);
-    if (encoded.status != CodecOk) {
-        ReportError(CodecFailureMessage(encoded.status));
+    const CodecStatus status = conversion.decoded.status != CodecOk ? conversion.decoded.status
+                                                                    : conversion.encoded.status;
+    if (status != CodecOk) {
+        ReportError(CodecFailureMessage(status));
         return kExitFailure;
     }
 
+    const EncodedDocument& encoded = conversion.encoded;
     const std::span<const std::uint8_t> parts[] = {encoded.mark, encoded.body};
     const bool written = line.outputPath ? WriteOutputFile(*line.outputPath, parts, error)
                                          : WriteStandardOutput(parts, error);

@@ -1,10 +1,14 @@
+#include "korvelconv/FileBytes.h"
+
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -267,6 +271,34 @@ TEST_F(Korvelconv, InterruptedWriteLeavesAWholeOutputAndNoOtherFile) {
         EXPECT_TRUE(after == "keep me" || after == converted) << after.size() << " bytes";
         EXPECT_TRUE(!hardLinked || Read("second") == after);
     }
+}
+
+// Cut short by another program while korvelconv maps it, a file loses the pages past its new end:
+// they read as zeros instead of raising SIGBUS, the pass says it was spoilt, and reading the file
+// again gives what it holds now. A pass over a file that stays whole is not disturbed.
+TEST_F(Korvelconv, MappedFileCutShortDuringThePassReadsAsZerosAndIsReadAgain) {
+    using korvel::conv::FileBytes;
+    const std::string path = Write("cut.txt", std::string(std::size_t(1) << 20, 'a'));
+    std::string error;
+    std::optional<FileBytes> file = FileBytes::Map(path, error);
+    ASSERT_TRUE(file) << error;
+    std::size_t total = 0;
+    const auto sum = [&] {
+        total = 0;
+        for (const std::uint8_t b : file->bytes()) {
+            total += b;
+        }
+    };
+    EXPECT_TRUE(file->Guarded(sum));
+    EXPECT_EQ(total, std::size_t{'a'} << 20);
+    EXPECT_FALSE(file->Guarded([&] {
+        ASSERT_EQ(::truncate(path.c_str(), 5000), 0);
+        sum();
+    }));
+    EXPECT_EQ(total, std::size_t{'a'} * 5000);
+    file = FileBytes::Read(path, error);
+    ASSERT_TRUE(file) << error;
+    EXPECT_EQ(file->bytes().size(), 5000u);
 }
 
 } // namespace
