@@ -29,7 +29,7 @@ scripts/install-deps.sh bench
 cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORVEL_BUILD_BENCH=ON \
     -DKORVEL_BUILD_GUI=ON -DKORVEL_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build_dir" -j "$(nproc)" --target korvel_bench korvel_listing_bench korvel_search_bench korvelconv \
-    korvelmacro
+    korvel_floor korvelmacro
 
 # make-corpus.py writes stats.json last, so its presence means a finished corpus.
 if [ ! -f "$KORVEL_CORPUS/stats.json" ]; then
