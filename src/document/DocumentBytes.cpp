@@ -80,17 +80,8 @@ CodecResult ConvertToUnicode(const std::uint8_t* bytes, std::size_t length, Text
 
 // Unicode files are UTF-16LE as they stand: a mark (either order) is skipped, a big-endian
 // file is not swapped. An odd last byte reads with the 0 byte that follows every file.
-DecodedDocument TakeUtf16(const std::uint8_t* bytes, std::size_t length) {
+DecodedDocument TakeUtf16Units(const std::uint8_t* start, std::size_t available) {
     DecodedDocument result;
-    std::size_t skip = 0;
-    if (length >= 2) {
-        const unsigned first = bytes[0] | (bytes[1] << 8);
-        if (first == 0xFEFF || first == 0xFFFE) {
-            skip = 2;
-        }
-    }
-    const std::size_t available = length - skip;
-    const std::uint8_t* start = bytes + skip;
     if (available % 2 == 0 && reinterpret_cast<std::uintptr_t>(start) % alignof(char16_t) == 0) {
         result.text = {reinterpret_cast<const char16_t*>(start), available / 2};
         return result;
@@ -106,6 +97,17 @@ DecodedDocument TakeUtf16(const std::uint8_t* bytes, std::size_t length) {
     result.storage = CodecBlock(copy, units * 2);
     result.text = result.storage.units();
     return result;
+}
+
+DecodedDocument TakeUtf16(const std::uint8_t* bytes, std::size_t length) {
+    std::size_t skip = 0;
+    if (length >= 2) {
+        const unsigned first = bytes[0] | (bytes[1] << 8);
+        if (first == 0xFEFF || first == 0xFFFE) {
+            skip = 2;
+        }
+    }
+    return TakeUtf16Units(bytes + skip, length - skip);
 }
 
 // Widens every `from` character to CR LF (CR for Cr files, LF for Lf files); the other lone
@@ -182,21 +184,35 @@ CodecStatus NarrowBreaks(std::u16string_view& text, CodecBlock& storage, char16_
 
 } // namespace
 
+TextEncoding ChooseDocumentEncoding(std::span<const std::uint8_t> fileBytes,
+                                    TextEncoding requested) {
+    return ChooseEncoding(fileBytes, requested);
+}
+
+LineEnding ChooseDocumentLineEnding(std::span<const std::uint8_t> fileBytes) {
+    const LineEnding lineEnding =
+        DetectLineEnding(fileBytes.empty() ? kNoBytes : fileBytes.data(), fileBytes.size());
+    return lineEnding == LineEnding::NoLineBreak ? LineEnding::CrLf : lineEnding;
+}
+
 DecodedDocument DecodeDocumentBytes(std::span<const std::uint8_t> fileBytes,
                                     TextEncoding requested) {
-    const std::uint8_t* bytes = fileBytes.empty() ? kNoBytes : fileBytes.data();
-    const std::size_t length = fileBytes.size();
-    const TextEncoding encoding = ChooseEncoding(fileBytes, requested);
-    LineEnding lineEnding = DetectLineEnding(bytes, length);
-    if (lineEnding == LineEnding::NoLineBreak) {
-        lineEnding = LineEnding::CrLf;
-    }
+    return DecodeDocumentPiece(fileBytes, ChooseEncoding(fileBytes, requested),
+                               ChooseDocumentLineEnding(fileBytes), true);
+}
 
+DecodedDocument DecodeDocumentPiece(std::span<const std::uint8_t> pieceBytes, TextEncoding encoding,
+                                    LineEnding lineEnding, bool first) {
+    const std::uint8_t* bytes = pieceBytes.empty() ? kNoBytes : pieceBytes.data();
+    const std::size_t length = pieceBytes.size();
     DecodedDocument result;
     if (encoding == TextEncoding::Unicode) {
-        result = TakeUtf16(bytes, length);
+        result = first ? TakeUtf16(bytes, length) : TakeUtf16Units(bytes, length);
     } else {
-        CodecResult converted = ConvertToUnicode(bytes, length, encoding);
+        // Only the start of a file has a mark to skip.
+        const TextEncoding code =
+            encoding == TextEncoding::Utf8 && !first ? TextEncoding::Utf8N : encoding;
+        CodecResult converted = ConvertToUnicode(bytes, length, code);
         result.status = converted.status;
         result.storage = std::move(converted.block);
         result.text = result.storage.units();

@@ -24,6 +24,17 @@ struct DecodedDocument {
 DecodedDocument DecodeDocumentBytes(std::span<const std::uint8_t> fileBytes,
                                     TextEncoding requested);
 
+// DecodeDocumentBytes in steps, for a caller that decodes a large file piece by piece: the code
+// set and line ending come from the whole file, then each piece is decoded with them. A piece
+// must end where no character, escape sequence or CR LF pair goes on into the next one, and
+// decode in the shift state it starts in; first marks the piece that starts the file (a mark is
+// skipped only there). GarbledMail is decoded as one piece.
+TextEncoding ChooseDocumentEncoding(std::span<const std::uint8_t> fileBytes,
+                                    TextEncoding requested);
+LineEnding ChooseDocumentLineEnding(std::span<const std::uint8_t> fileBytes);
+DecodedDocument DecodeDocumentPiece(std::span<const std::uint8_t> pieceBytes, TextEncoding encoding,
+                                    LineEnding lineEnding, bool first);
+
 // The byte side of saving: the editor's text to the file's bytes, mark first.
 struct EncodedDocument {
     CodecStatus status = CodecOk;

@@ -6,8 +6,12 @@
 #include "korvelconv/CommandLine.h"
 #include "korvelconv/FileBytes.h"
 #include "korvelconv/OutputFile.h"
+#include "korvelconv/SlicedConversion.h"
 
 #include <cstdint>
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 #include <cstdio>
 #include <optional>
 #include <span>
@@ -109,22 +113,55 @@ int RunDetect(const CommandLine& line) {
     return exitCode;
 }
 
-// The decoded text may point into the file bytes, and the output into the text.
-struct Conversion {
-    DecodedDocument decoded;
-    EncodedDocument encoded;
-};
+// Standard output gets the conversion a slice at a time through the same few MiB; a file named
+// with -o is replaced as a whole, so it gets the whole output at once.
+constexpr std::size_t kSliceBytes = std::size_t{4} << 20;
 
-Conversion Convert(std::span<const std::uint8_t> bytes, const CommandLine& line) {
-    Conversion conversion;
-    conversion.decoded = DecodeDocumentBytes(bytes, line.from);
-    if (conversion.decoded.status == CodecOk) {
-        const DecodedDocument& decoded = conversion.decoded;
-        conversion.encoded =
-            EncodeDocumentText(decoded.text, line.to, line.lineEnding.value_or(decoded.lineEnding),
-                               line.jisKatakanaMode);
+int ReportCodecFailure(CodecStatus status) {
+    ReportError(CodecFailureMessage(status));
+    return kExitFailure;
+}
+
+int ConvertToStandardOutput(std::optional<FileBytes> file, const CommandLine& line,
+                            std::string& error) {
+#if defined(__GLIBC__)
+    // Each slice's text and output are blocks of a few MiB, which malloc would map afresh for
+    // every slice, and the kernel would zero every page of them again. From the heap, the blocks
+    // of one slice reuse the pages that the blocks of the last one gave back.
+    mallopt(M_MMAP_THRESHOLD, static_cast<int>(kSliceBytes * 8));
+    mallopt(M_TRIM_THRESHOLD, static_cast<int>(kSliceBytes * 16));
+#endif
+    SlicedConversion conversion(line, kSliceBytes);
+    if (!file->Guarded([&] { conversion.Begin(file->bytes()); })) {
+        file = FileBytes::Read(line.inputs.front(), error); // cut short meanwhile
+        if (!file) {
+            ReportError(error);
+            return kExitFailure;
+        }
+        conversion.Begin(file->bytes());
     }
-    return conversion;
+    while (!conversion.Done()) {
+        CodecStatus status = CodecOk;
+        if (!file->Guarded([&] { status = conversion.Next(file->bytes()); })) {
+            // The slices written so far came from pages that were still there; the rest comes
+            // from what the file holds now.
+            file = FileBytes::Read(line.inputs.front(), error);
+            if (!file) {
+                ReportError(error);
+                return kExitFailure;
+            }
+            status = conversion.Next(file->bytes());
+        }
+        if (status != CodecOk) {
+            return ReportCodecFailure(status);
+        }
+        if (!WriteStandardOutput(conversion.slice(), error)) {
+            ReportError(error);
+            return kExitFailure;
+        }
+        conversion.Take();
+    }
+    return 0;
 }
 
 int RunConvert(const CommandLine& line) {
@@ -137,30 +174,29 @@ int RunConvert(const CommandLine& line) {
     std::optional<FileBytes> file = mayBeUtf16 && line.to == TextEncoding::Unicode
                                         ? FileBytes::Read(input, error)
                                         : FileBytes::Map(input, error);
-    Conversion conversion;
-    if (file && !file->Guarded([&] { conversion = Convert(file->bytes(), line); })) {
-        conversion = {};
-        file = FileBytes::Read(input, error); // cut short meanwhile: what it holds now
-        if (file) {
-            conversion = Convert(file->bytes(), line);
-        }
-    }
     if (!file) {
         ReportError(error);
         return kExitFailure;
     }
-    const CodecStatus status = conversion.decoded.status != CodecOk ? conversion.decoded.status
-                                                                    : conversion.encoded.status;
-    if (status != CodecOk) {
-        ReportError(CodecFailureMessage(status));
-        return kExitFailure;
+    if (!line.outputPath) {
+        return ConvertToStandardOutput(std::move(file), line, error);
     }
-
+    Conversion conversion;
+    if (!file->Guarded([&] { conversion = ConvertWhole(file->bytes(), line); })) {
+        conversion = {};
+        file = FileBytes::Read(input, error); // cut short meanwhile: what it holds now
+        if (!file) {
+            ReportError(error);
+            return kExitFailure;
+        }
+        conversion = ConvertWhole(file->bytes(), line);
+    }
+    if (conversion.status() != CodecOk) {
+        return ReportCodecFailure(conversion.status());
+    }
     const EncodedDocument& encoded = conversion.encoded;
     const std::span<const std::uint8_t> parts[] = {encoded.mark, encoded.body};
-    const bool written = line.outputPath ? WriteOutputFile(*line.outputPath, parts, error)
-                                         : WriteStandardOutput(parts, error);
-    if (!written) {
+    if (!WriteOutputFile(*line.outputPath, parts, error)) {
         ReportError(error);
         return kExitFailure;
     }

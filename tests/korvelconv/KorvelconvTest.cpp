@@ -1,4 +1,5 @@
 #include "korvelconv/FileBytes.h"
+#include "korvelconv/SlicedConversion.h"
 
 #include <csignal>
 #include <cstdint>
@@ -299,6 +300,77 @@ TEST_F(Korvelconv, MappedFileCutShortDuringThePassReadsAsZerosAndIsReadAgain) {
     file = FileBytes::Read(path, error);
     ASSERT_TRUE(file) << error;
     EXPECT_EQ(file->bytes().size(), 5000u);
+}
+
+// Standard output gets the conversion in slices cut after line feeds; the bytes must be the whole
+// conversion's for every pair of code sets and line ending, on every prefix of a mix of every
+// code set's seeds (shift states left open, stray bytes, lone CR and LF, a long line) cut as often
+// as it can be.
+TEST(SlicedConversion, GivesTheWholeConversionsBytes) {
+    using korvel::LineEnding;
+    using korvel::TextEncoding;
+    std::string mix;
+    const char* const breaks[] = {"\n", "\r\n", "\r", "\x1b(B\n"};
+    int next = 0;
+    for (const char* folder : {"document_fuzzer", "jis_euc_fuzzer", "shiftjis_utf8_fuzzer"}) {
+        std::vector<fs::path> seeds(fs::directory_iterator(fs::path(KORVEL_SEEDS_DIR) / folder),
+                                    fs::directory_iterator());
+        std::sort(seeds.begin(), seeds.end());
+        for (const fs::path& seed : seeds) {
+            mix += Slurp(seed) + breaks[next++ % 4];
+        }
+    }
+    // A long stretch without a line feed: a cut after it is judged from the bytes just before it.
+    std::string stretch = mix.substr(0, 200);
+    std::replace(stretch.begin(), stretch.end(), '\n', ' ');
+    mix += stretch + "\n" + stretch + "\x1b$Ba\n" + mix.substr(0, 100);
+    const auto asBytes = [](const std::string& text) {
+        return std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    };
+    const auto joined = [](std::span<const std::span<const std::uint8_t>> parts) {
+        std::string all;
+        for (const auto part : parts) {
+            all.append(reinterpret_cast<const char*>(part.data()), part.size());
+        }
+        return all;
+    };
+    for (const TextEncoding from : {TextEncoding::ShiftJis, TextEncoding::Jis, TextEncoding::Euc,
+                                    TextEncoding::Utf8, TextEncoding::Utf8N, TextEncoding::Unicode,
+                                    TextEncoding::AutoDetect, TextEncoding::GarbledMail}) {
+        for (const TextEncoding to : {TextEncoding::ShiftJis, TextEncoding::Jis, TextEncoding::Euc,
+                                      TextEncoding::Utf8, TextEncoding::Unicode}) {
+            for (const std::optional<LineEnding> lineEnding :
+                 {std::optional<LineEnding>{}, std::optional{LineEnding::Lf},
+                  std::optional{LineEnding::Cr}}) {
+                korvel::conv::CommandLine line;
+                line.from = from;
+                line.to = to;
+                line.lineEnding = lineEnding;
+                line.jisKatakanaMode = next++ % 2;
+                for (std::size_t length = 0; length <= mix.size(); ++length) {
+                    const std::string prefix = mix.substr(0, length);
+                    const auto input = asBytes(prefix);
+                    const korvel::conv::Conversion whole = korvel::conv::ConvertWhole(input, line);
+                    ASSERT_EQ(whole.status(), korvel::CodecOk);
+                    const std::span<const std::uint8_t> parts[] = {whole.encoded.mark,
+                                                                   whole.encoded.body};
+                    const std::string expected = joined(parts);
+                    for (const std::size_t sliceBytes : {1, 7}) {
+                        korvel::conv::SlicedConversion sliced(line, sliceBytes);
+                        sliced.Begin(input);
+                        std::string got;
+                        while (!sliced.Done()) {
+                            ASSERT_EQ(sliced.Next(input), korvel::CodecOk);
+                            got += joined(sliced.slice());
+                            sliced.Take();
+                        }
+                        ASSERT_EQ(got, expected) << "from " << int(from) << " to " << int(to)
+                                                 << " length " << length << " slice " << sliceBytes;
+                    }
+                }
+            }
+        }
+    }
 }
 
 } // namespace
