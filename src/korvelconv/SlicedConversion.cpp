@@ -141,7 +141,9 @@ Conversion ConvertWhole(std::span<const std::uint8_t> bytes, const CommandLine& 
 
 void SlicedConversion::Begin(std::span<const std::uint8_t> bytes) {
     encoding_ = ChooseDocumentEncoding(bytes, line_.from);
-    fileLineEnding_ = ChooseDocumentLineEnding(bytes);
+    // Breaks read as CR LF in the file's own line ending and written back in it come out as they
+    // were, whatever that ending is: the pass that looks for it is needed only for another one.
+    fileLineEnding_ = line_.lineEnding ? ChooseDocumentLineEnding(bytes) : LineEnding::CrLf;
     inputLength_ = bytes.size();
 }
 

@@ -31,7 +31,7 @@ public:
     SlicedConversion(const CommandLine& line, std::size_t sliceBytes)
         : line_(line), sliceBytes_(sliceBytes) {}
 
-    // Chooses the code set and line ending from the whole input.
+    // Chooses the code set, and the line ending when it is to change, from the whole input.
     void Begin(std::span<const std::uint8_t> bytes);
     bool Done() const { return started_ && offset_ >= inputLength_; }
     // Converts the slice after the last one taken into slice(); bytes hold the same input
