@@ -51,6 +51,22 @@ std::optional<CheckedMacro> Load(const QString& path) {
     return CheckMacro(*text);
 }
 
+// A macro that is to be used, not only checked: its diagnostics go to standard error, and it
+// must load. Nothing, with status set, when it cannot be read or has an error.
+std::optional<CheckedMacro> LoadForUse(const QString& path, int& status) {
+    std::optional<CheckedMacro> macro = Load(path);
+    if (!macro) {
+        status = kExitUnreadable;
+        return std::nullopt;
+    }
+    Write(stderr, ReportLines(*macro));
+    if (macro->hasError) {
+        status = kExitMacroError;
+        return std::nullopt;
+    }
+    return macro;
+}
+
 int Check(const QStringList& files) {
     int status = kExitLoaded;
     for (const QString& path : files) {
@@ -71,12 +87,10 @@ int Check(const QStringList& files) {
 
 // The diagnostics go to standard error, so that standard output is the command list alone.
 int List(const QStringList& files) {
-    const std::optional<CheckedMacro> macro = Load(files.front());
+    int status = kExitLoaded;
+    const std::optional<CheckedMacro> macro = LoadForUse(files.front(), status);
     if (!macro)
-        return kExitUnreadable;
-    Write(stderr, ReportLines(*macro));
-    if (macro->hasError)
-        return kExitMacroError;
+        return status;
     QString lines;
     for (const MacroCommand& command : macro->commands)
         lines += MacroCommandLine(command) + u'\n';
@@ -104,12 +118,10 @@ int Run(const QStringList& arguments) {
             QStringLiteral("run needs a macro and at least one file; see korvelmacro --help"));
         return kExitUnreadable;
     }
-    const std::optional<CheckedMacro> macro = Load(files.front());
+    int status = kExitLoaded;
+    const std::optional<CheckedMacro> macro = LoadForUse(files.front(), status);
     if (!macro)
-        return kExitUnreadable;
-    Write(stderr, ReportLines(*macro));
-    if (macro->hasError)
-        return kExitMacroError;
+        return status;
     if (!show)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     // Standard error carries the message boxes; the toolkit's notes about the platform would

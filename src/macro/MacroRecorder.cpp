@@ -56,11 +56,10 @@ void MacroRecorder::stop() {
     qApp->removeEventFilter(this);
 }
 
-void MacroRecorder::add(MacroCommandCode code, const QString& text, std::int32_t value) {
+void MacroRecorder::add(MacroCommand command) {
     if (!recording_)
         return;
     const Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
-    MacroCommand command{code, text, value};
     command.ctrl = held.testFlag(Qt::ControlModifier);
     command.shift = held.testFlag(Qt::ShiftModifier);
     command.alt = held.testFlag(Qt::AltModifier);

@@ -26,8 +26,8 @@ public:
     void stop();
     const std::vector<MacroCommand>& commands() const { return commands_; }
 
-    // A command of the view, with the modifiers held at this moment.
-    void add(MacroCommandCode code, const QString& text, std::int32_t value);
+    // A command of the view; the modifiers held at this moment are recorded with it.
+    void add(MacroCommand command);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

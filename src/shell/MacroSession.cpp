@@ -57,10 +57,8 @@ MacroSession::MacroSession(CEditer& view, SettingsStore& store, QWidget* window)
       recorder_(std::make_unique<MacroRecorder>(
           [&view](const QObject* receiver) { return receiver == view.activeControl(); })),
       target_(std::make_unique<ViewMacroTarget>(view)) {
-    view_.setRecorder([this](const RecordedCommand& recorded) {
-        const MacroCommand command = MacroCommandOf(recorded);
-        recorder_->add(command.code, command.text, command.value);
-    });
+    view_.setRecorder(
+        [this](const RecordedCommand& recorded) { recorder_->add(MacroCommandOf(recorded)); });
 }
 
 MacroSession::~MacroSession() {

@@ -14,6 +14,7 @@ class QWidget;
 
 namespace korvel {
 
+struct CheckedMacro;
 class CEditer;
 class CommandTable;
 class MacroPlayer;
@@ -64,7 +65,7 @@ signals:
 
 private:
     bool browse(BrowseRequest& request);
-    void showLoadResult(const struct CheckedMacro& macro);
+    void showLoadResult(const CheckedMacro& macro);
 
     CEditer& view_;
     SettingsStore& store_;
