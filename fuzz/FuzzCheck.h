@@ -1,6 +1,6 @@
 #pragma once
 
-#include "codec/VectorSupport.h"
+#include "VectorLevels.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -15,15 +15,6 @@ inline void Require(bool holds, const char* property) {
     }
 }
 
-// Runs check with the vector loops the CPU has, then with the portable loops, so that every
-// input holds both against the same model.
-template <typename Check> void ForEachVectorLevel(Check check) {
-    detail::VectorSupport& vectors = detail::Vectors();
-    const detail::VectorSupport found = vectors;
-    check();
-    vectors = detail::VectorSupport{};
-    check();
-    vectors = found;
-}
+using testing::ForEachVectorLevel;
 
 } // namespace korvel::fuzz

@@ -11,6 +11,7 @@
 #include "codec/JisEucConversion.h"
 #include "codec/OutputBlock.h"
 #include "codec/ShiftJisSteps.h"
+#include "codec/StartLookup.h"
 #include "codec/TableEncoding.h"
 #include "codec/VectorSupport.h"
 
@@ -31,6 +32,7 @@ struct JisEucTables {
     // b0 << 8 | b1 of a well-formed EUC character (ASCII, 8E and a katakana, a JIS X 0208 pair)
     // to its code unit; a JIS pair reads as its EUC form.
     std::uint16_t eucUnits[65536];
+    std::uint16_t gatherRoom = 0; // read, never used, when a gather looks up eucUnits[0xFFFF]
     // Code unit to its EUC bytes in output order (as cp932 encodedBytes), or kUnmapped where
     // the Shift_JIS bytes need the slow path: surrogates, and user-defined and IBM codes, whose
     // lead byte EUC copies so that their trail byte is read on its own.
@@ -94,6 +96,17 @@ inline void WidenAscii64(const std::uint8_t* block, char16_t* d) {
     }
 }
 
+inline void LookUpStartsAtLevel(const std::uint8_t* block, std::uint64_t starts,
+                                std::uint64_t jisPairs, const std::uint16_t* table, char16_t*& d) {
+#if defined(__x86_64__)
+    if (detail::Vectors().avx512) {
+        detail::LookUpStartsAvx512(block, starts, jisPairs, table, d);
+        return;
+    }
+#endif
+    detail::LookUpStarts(block, starts, jisPairs, table, d);
+}
+
 // Converts the characters that begin in the 64 bytes at block, when all are well formed: ASCII,
 // 8E and a katakana, or a pair of bytes A1 to FE. The last may end on block[64]. Returns the
 // bytes used, or 0, having written nothing, for a block that needs the slow path.
@@ -122,11 +135,62 @@ std::size_t DecodeEucBlock(const std::uint8_t* block, const std::uint16_t* eucUn
             return 0;
         }
     }
-    for (std::uint64_t starts = ~seconds; starts != 0; starts &= starts - 1) {
-        const std::uint8_t* character = block + std::countr_zero(starts);
-        *d++ = eucUnits[character[0] << 8 | character[1]];
-    }
+    LookUpStartsAtLevel(block, ~seconds, 0, eucUnits, d);
     return detail::kMaskBlock + carry;
+}
+
+// Bits first to last - 1 of a block's mask; first and last run from 0 to 64.
+inline std::uint64_t BitsBetween(int first, int last) {
+    const auto from = [](int k) { return k >= detail::kMaskBlock ? 0 : ~std::uint64_t{0} << k; };
+    return from(first) & ~from(last);
+}
+
+// Converts the 64 bytes at block while they are stretches of ASCII (any byte below 80 but ESC)
+// or of JIS X 0208 pairs (bytes 21 to 7E) between the escapes ESC $ B and ESC ( B, which the
+// text nearly always uses; mode (0 ASCII, 1 kanji) follows the escapes read. Stops before the
+// first escape or stretch that is not such, and before an escape or pair that the block's end
+// cuts, for the slow path to take from there. Returns the bytes used. The block is split at its
+// escapes, so that a stretch costs a few mask operations, not a branch per byte.
+std::size_t DecodeJisBlock(const std::uint8_t* block, int& mode, const std::uint16_t* eucUnits,
+                           char16_t*& d) {
+    constexpr std::uint64_t kEvenBits = 0x5555555555555555ULL;
+    const std::uint64_t high = detail::HighBitMask(block);
+    const std::uint64_t jisBytes = detail::RangeMask(block, 0x21, 0x7E);
+    std::uint64_t escapes = detail::ByteMask(block, kEsc);
+    std::uint64_t starts = 0;
+    std::uint64_t pairs = 0;
+    int used = 0;
+    for (;;) {
+        const int end = escapes != 0 ? std::countr_zero(escapes) : detail::kMaskBlock;
+        int stop = end;
+        if (mode == 1 && (end - used) % 2 != 0) {
+            if (end != detail::kMaskBlock) {
+                break; // the slow path reads the escape as the second byte of a pair
+            }
+            stop = end - 1;
+        }
+        const std::uint64_t stretch = BitsBetween(used, stop);
+        if ((stretch & (mode == 1 ? ~jisBytes : high)) != 0) {
+            break;
+        }
+        const std::uint64_t stretchStarts =
+            mode == 1 ? stretch & (kEvenBits << (used & 1)) : stretch;
+        starts |= stretchStarts;
+        pairs |= mode == 1 ? stretchStarts : 0;
+        used = stop;
+        if (end == detail::kMaskBlock || end + 3 > detail::kMaskBlock) {
+            break;
+        }
+        const std::uint8_t set = block[end + 1];
+        if ((set != '$' && set != '(') || block[end + 2] != 'B') {
+            break;
+        }
+        mode = set == '$' ? 1 : 0;
+        used = end + 3;
+        escapes &= escapes - 1;
+    }
+    LookUpStartsAtLevel(block, starts, pairs, eucUnits, d);
+    return static_cast<std::size_t>(used);
 }
 
 // One character of EucToShiftJis, its Shift_JIS bytes fed to writer; returns the bytes used.
@@ -328,16 +392,21 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
     char16_t*& d = writer.out();
     int mode = 0;
     std::size_t i = 0;
+    // Where a block stopped short, the steps below take its bytes up to here.
+    std::size_t slowUntil = 0;
     while (i < byteLength) {
-        const std::uint8_t b = bytes[i];
-        if (b == kEsc) {
-            // ESC $ B and ESC ( B stand round nearly every kanji stretch.
-            if (i + 3 <= byteLength && (bytes[i + 1] == '$' || bytes[i + 1] == '(') &&
-                bytes[i + 2] == 'B') {
-                mode = bytes[i + 1] == '$' ? 1 : 0;
-                i += 3;
+        if (i >= slowUntil && mode < 2 && writer.Idle() && byteLength - i > detail::kMaskBlock) {
+            const std::size_t used = DecodeJisBlock(bytes + i, mode, eucUnits, d);
+            i += used;
+            if (used < detail::kMaskBlock - 2) {
+                slowUntil = i + detail::kMaskBlock;
+            }
+            if (used != 0) {
                 continue;
             }
+        }
+        const std::uint8_t b = bytes[i];
+        if (b == kEsc) {
             const detail::EscapeMatch match =
                 detail::MatchEscapeBody(bytes + i + 1, byteLength - i - 1);
             if (match.mode == 3) {
@@ -351,59 +420,14 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
         }
         if (writer.Idle()) {
             if (mode == 0 && b < 0x80) {
-                // ASCII up to the next escape or byte of 0x80 or more, eight bytes at a time.
-                while (i + 8 <= byteLength) {
-                    std::uint64_t word;
-                    std::memcpy(&word, bytes + i, sizeof word);
-                    const std::uint64_t esc = word ^ 0x1B1B1B1B1B1B1B1BULL;
-                    const std::uint64_t zeroEsc = (esc - 0x0101010101010101ULL) & ~esc;
-                    if (((word | zeroEsc) & 0x8080808080808080ULL) != 0) {
-                        break;
-                    }
-                    for (int k = 0; k < 8; ++k) {
-                        d[k] = bytes[i + k];
-                    }
-                    d += 8;
-                    i += 8;
-                }
-                for (; i < byteLength && bytes[i] < 0x80 && bytes[i] != kEsc; ++i) {
-                    *d++ = bytes[i];
-                }
+                *d++ = b;
+                ++i;
                 continue;
             }
-            if (mode == 1) {
-                // JIS X 0208 pairs read as their EUC form, four at a time while eight bytes
-                // are all 21 to 7E.
-                std::size_t k = i;
-                for (; k + 8 <= byteLength; k += 8) {
-                    std::uint64_t word;
-                    std::memcpy(&word, bytes + k, sizeof word);
-                    constexpr std::uint64_t kHigh = 0x8080808080808080ULL;
-                    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
-                    // Without high bits no byte carries into the next: b + 5F has its high
-                    // bit from 21 up, b + 1 from 7F up.
-                    if ((word & kHigh) != 0 || ((word + 0x5F * kOnes) & kHigh) != kHigh ||
-                        ((word + kOnes) & kHigh) != 0) {
-                        break;
-                    }
-                    for (int pair = 0; pair < 8; pair += 2) {
-                        d[pair / 2] =
-                            eucUnits[(bytes[k + pair] | 0x80) << 8 | (bytes[k + pair + 1] | 0x80)];
-                    }
-                    d += 4;
-                }
-                for (; k + 1 < byteLength; k += 2) {
-                    const unsigned j1 = bytes[k] - 0x21u;
-                    const unsigned j2 = bytes[k + 1] - 0x21u;
-                    if (j1 >= 94 || j2 >= 94) {
-                        break;
-                    }
-                    *d++ = eucUnits[(bytes[k] | 0x80) << 8 | (bytes[k + 1] | 0x80)];
-                }
-                if (k != i) {
-                    i = k;
-                    continue;
-                }
+            if (mode == 1 && i + 1 < byteLength && b - 0x21u < 94 && bytes[i + 1] - 0x21u < 94) {
+                *d++ = eucUnits[(b | 0x80) << 8 | (bytes[i + 1] | 0x80)];
+                i += 2;
+                continue;
             }
             if (mode == 2 && IsHalfWidthKatakana(b | 0x80)) {
                 *d++ = decodedUnits[(b | 0x80) << 8];

@@ -15,7 +15,7 @@
 #include <emmintrin.h>
 #endif
 #if defined(__x86_64__)
-#include <tmmintrin.h>
+#include <immintrin.h>
 #endif
 
 namespace korvel {
@@ -130,6 +130,37 @@ __attribute__((target("ssse3"))) int DecodeShortFormsSsse3(const std::uint8_t* b
     }
     return p;
 }
+
+__attribute__((target("avx512f,avx512bw"))) inline __m512i Widen32(const std::uint8_t* bytes) {
+    return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes)));
+}
+
+// DecodeShortFormsSsse3 for a whole block: each byte's lane works out the unit of the sequence
+// that would begin there, and one compress a half keeps the lanes where sequences begin. Reads
+// 66 bytes from block; writes 32 units past d per half whatever the count, which the output
+// has room for while 64 bytes of input remain.
+__attribute__((target("avx512f,avx512bw,avx512vbmi2,popcnt"))) void
+DecodeShortFormsAvx512(const std::uint8_t* block, std::uint64_t starts, char16_t*& d) {
+    const __m512i payload = _mm512_set1_epi16(0x3F);
+    for (int half = 0; half < 2; ++half) {
+        const std::uint8_t* at = block + 32 * half;
+        const __m512i lead = Widen32(at);
+        const __m512i middle = _mm512_and_si512(Widen32(at + 1), payload);
+        const __m512i last = _mm512_and_si512(Widen32(at + 2), payload);
+        // Three bytes: the lead's low four bits land on top of the 16-bit lane by themselves.
+        const __m512i three = _mm512_or_si512(
+            _mm512_or_si512(_mm512_slli_epi16(lead, 12), _mm512_slli_epi16(middle, 6)), last);
+        const __m512i two = _mm512_or_si512(
+            _mm512_slli_epi16(_mm512_and_si512(lead, _mm512_set1_epi16(0x1F)), 6), middle);
+        __m512i units = _mm512_mask_mov_epi16(
+            lead, _mm512_cmpge_epu16_mask(lead, _mm512_set1_epi16(0xC0)), two);
+        units = _mm512_mask_mov_epi16(units, _mm512_cmpge_epu16_mask(lead, _mm512_set1_epi16(0xE0)),
+                                      three);
+        const auto here = static_cast<__mmask32>(starts >> (32 * half));
+        _mm512_storeu_si512(d, _mm512_maskz_compress_epi16(here, units));
+        d += std::popcount(static_cast<std::uint32_t>(here));
+    }
+}
 #endif
 
 // Decodes one 64-byte block whose sequences are all well formed (the continuation bytes are
@@ -158,6 +189,11 @@ bool DecodeWellFormedBlock(const std::uint8_t* block, char16_t*& d, std::uint64_
         }
         nextOwed = leads >> 63 | from3 >> 62;
 #if defined(__x86_64__)
+        if (detail::Vectors().avx512) {
+            DecodeShortFormsAvx512(block, ~continuation, d);
+            owed = nextOwed;
+            return true;
+        }
         if (ssse3) {
             // Byte 63 ends a character unless the next block owes it a continuation.
             const std::uint64_t starts = ~continuation;

@@ -1,6 +1,8 @@
 #include "codec/JisEucConversion.h"
 
 #include "ConverterHarness.h"
+#include "VectorLevels.h"
+#include "codec/ShiftJisConversion.h"
 
 #include <gtest/gtest.h>
 
@@ -162,6 +164,12 @@ TEST(JisEucConversion, EveryJisX0208CodeAgreesWithIconvAndRoundTrips) {
     }
     EXPECT_GE(known, 6879); // the characters of JIS X 0208
     EXPECT_TRUE(Convert(JisToShiftJis, jis, 1) == shiftJis);
+    // The direct decoders' blocks meet every code, kana worked out and kanji looked up alike.
+    const Bytes text = Convert(ShiftJisToUnicode, shiftJis, 2);
+    testing::ForEachVectorLevel([&] {
+        EXPECT_TRUE(Convert(EucToUnicode, euc, 2) == text);
+        EXPECT_TRUE(Convert(JisToUnicode, jis, 2) == text);
+    });
     EXPECT_TRUE(Convert(ShiftJisToEuc, shiftJis, 1) == euc);
     EXPECT_TRUE(Convert(ShiftJisToJis, shiftJis, 1, 0) == jis);
 }

@@ -1,0 +1,70 @@
+#pragma once
+
+// The code units of the characters that begin in a 64-byte block of EUC or JIS, looked up in a
+// table indexed by a character's first byte above its second. The block loops find with masks
+// where characters begin; these write the units of those characters in order.
+
+#include "codec/ByteMasks.h"
+
+#include <bit>
+#include <cstdint>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace korvel::detail {
+
+// starts marks the bytes that begin a character, jisPairs those of them that begin a JIS pair,
+// which reads as its EUC form (both high bits set). A character at 63 reads block[64].
+inline void LookUpStarts(const std::uint8_t* block, std::uint64_t starts, std::uint64_t jisPairs,
+                         const std::uint16_t* table, char16_t*& d) {
+    for (; starts != 0; starts &= starts - 1) {
+        const int k = std::countr_zero(starts);
+        const unsigned eucHighBits = static_cast<unsigned>(jisPairs >> k & 1) * 0x8080u;
+        *d++ = table[(block[k] << 8 | block[k + 1]) | eucHighBits];
+    }
+}
+
+#if defined(__x86_64__)
+// LookUpStarts for 32 characters a step: the indexes of the starts are packed with one compress
+// and looked up with gathers of 16. A gather reads two bytes past its entry, so the table has
+// one entry more than its indexes reach; the stores write 32 units past d whatever the count,
+// so the output has room for one unit per byte of the block. (The masked forms with every lane
+// set stand for the plain ones, whose undefined upper lanes GCC 12 warns about.)
+__attribute__((target("avx512f,avx512bw,avx512vbmi2,popcnt"))) inline void
+LookUpStartsAvx512(const std::uint8_t* block, std::uint64_t starts, std::uint64_t jisPairs,
+                   const std::uint16_t* table, char16_t*& d) {
+    const __m512i eucHighBits = _mm512_set1_epi16(static_cast<short>(0x8080));
+    const __m512i zero = _mm512_setzero_si512();
+    for (int half = 0; half < 2; ++half) {
+        const std::uint8_t* at = block + 32 * half;
+        const __m512i first =
+            _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)));
+        const __m512i second =
+            _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + 1)));
+        __m512i index = _mm512_or_si512(_mm512_slli_epi16(first, 8), second);
+        index = _mm512_mask_mov_epi16(index, static_cast<__mmask32>(jisPairs >> (32 * half)),
+                                      _mm512_or_si512(index, eucHighBits));
+        const auto here = static_cast<__mmask32>(starts >> (32 * half));
+        const __m512i packed = _mm512_maskz_compress_epi16(here, index);
+        const int count = std::popcount(static_cast<std::uint32_t>(here));
+        const __m512i low =
+            _mm512_maskz_cvtepu16_epi32(0xFFFF, _mm512_maskz_extracti64x4_epi64(0xF, packed, 0));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
+                            _mm512_maskz_cvtepi32_epi16(
+                                0xFFFF, _mm512_mask_i32gather_epi32(zero, 0xFFFF, low, table, 2)));
+        if (count > 16) {
+            const __m512i high = _mm512_maskz_cvtepu16_epi32(
+                0xFFFF, _mm512_maskz_extracti64x4_epi64(0xF, packed, 1));
+            _mm256_storeu_si256(
+                reinterpret_cast<__m256i*>(d + 16),
+                _mm512_maskz_cvtepi32_epi16(
+                    0xFFFF, _mm512_mask_i32gather_epi32(zero, 0xFFFF, high, table, 2)));
+        }
+        d += count;
+    }
+}
+#endif
+
+} // namespace korvel::detail
