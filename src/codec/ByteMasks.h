@@ -10,6 +10,9 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 namespace korvel::detail {
 
@@ -90,6 +93,28 @@ inline std::uint64_t ByteMask(const std::uint8_t* bytes, std::uint8_t value) {
     return RangeMaskScalar(bytes, value, value);
 #endif
 }
+
+#if defined(__x86_64__)
+// The masks in one AVX-512 comparison each, for block loops compiled for AVX-512 (BW), into
+// which they inline.
+__attribute__((target("avx512f,avx512bw"))) inline std::uint64_t
+RangeMaskAvx512(const std::uint8_t* bytes, std::uint8_t low, std::uint8_t high) {
+    const __m512i offset =
+        _mm512_sub_epi8(_mm512_loadu_si512(bytes), _mm512_set1_epi8(static_cast<char>(low)));
+    return _mm512_cmple_epu8_mask(offset, _mm512_set1_epi8(static_cast<char>(high - low)));
+}
+
+__attribute__((target("avx512f,avx512bw"))) inline std::uint64_t
+HighBitMaskAvx512(const std::uint8_t* bytes) {
+    return _mm512_movepi8_mask(_mm512_loadu_si512(bytes));
+}
+
+__attribute__((target("avx512f,avx512bw"))) inline std::uint64_t
+ByteMaskAvx512(const std::uint8_t* bytes, std::uint8_t value) {
+    return _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(bytes),
+                                  _mm512_set1_epi8(static_cast<char>(value)));
+}
+#endif
 
 // The UTF-8 sequence structure of one block. owed marks the continuation bytes that the block
 // before still expects at this block's start; nextOwed is the same for the next block. wanted

@@ -96,36 +96,64 @@ inline void WidenAscii64(const std::uint8_t* block, char16_t* d) {
     }
 }
 
-inline void LookUpStartsAtLevel(const std::uint8_t* block, std::uint64_t starts,
-                                std::uint64_t jisPairs, const std::uint16_t* table, char16_t*& d) {
-#if defined(__x86_64__)
-    if (detail::Vectors().avx512) {
-        detail::LookUpStartsAvx512(block, starts, jisPairs, table, d);
-        return;
+// The two ways of a block loop, each a set of mask and lookup functions: the baseline's, and
+// AVX-512 throughout. A block function is written once, as a template over them; the AVX-512
+// form is compiled whole for AVX-512 (flatten), so that the masks and lookups sit inline.
+struct PortableBlocks {
+    static std::uint64_t HighBits(const std::uint8_t* block) { return detail::HighBitMask(block); }
+    static std::uint64_t Range(const std::uint8_t* block, std::uint8_t low, std::uint8_t high) {
+        return detail::RangeMask(block, low, high);
     }
+    static std::uint64_t Byte(const std::uint8_t* block, std::uint8_t value) {
+        return detail::ByteMask(block, value);
+    }
+    static void LookUp(const std::uint8_t* block, std::uint64_t starts, std::uint64_t jisPairs,
+                       const std::uint16_t* table, char16_t*& d) {
+        detail::LookUpStarts(block, starts, jisPairs, table, d);
+    }
+};
+
+#if defined(__x86_64__)
+#define KORVEL_AVX512_BLOCKS __attribute__((target("avx512f,avx512bw,avx512vbmi2,popcnt")))
+struct Avx512Blocks {
+    KORVEL_AVX512_BLOCKS static std::uint64_t HighBits(const std::uint8_t* block) {
+        return detail::HighBitMaskAvx512(block);
+    }
+    KORVEL_AVX512_BLOCKS static std::uint64_t Range(const std::uint8_t* block, std::uint8_t low,
+                                                    std::uint8_t high) {
+        return detail::RangeMaskAvx512(block, low, high);
+    }
+    KORVEL_AVX512_BLOCKS static std::uint64_t Byte(const std::uint8_t* block, std::uint8_t value) {
+        return detail::ByteMaskAvx512(block, value);
+    }
+    KORVEL_AVX512_BLOCKS static void LookUp(const std::uint8_t* block, std::uint64_t starts,
+                                            std::uint64_t jisPairs, const std::uint16_t* table,
+                                            char16_t*& d) {
+        detail::LookUpStartsAvx512(block, starts, jisPairs, table, d);
+    }
+};
 #endif
-    detail::LookUpStarts(block, starts, jisPairs, table, d);
-}
 
 // Converts the characters that begin in the 64 bytes at block, when all are well formed: ASCII,
 // 8E and a katakana, or a pair of bytes A1 to FE. The last may end on block[64]. Returns the
 // bytes used, or 0, having written nothing, for a block that needs the slow path.
+template <typename Blocks>
 std::size_t DecodeEucBlock(const std::uint8_t* block, const std::uint16_t* eucUnits, char16_t*& d) {
-    const std::uint64_t ascii = ~detail::HighBitMask(block);
+    const std::uint64_t ascii = ~Blocks::HighBits(block);
     if (ascii == ~std::uint64_t{0}) {
         WidenAscii64(block, d);
         d += detail::kMaskBlock;
         return detail::kMaskBlock;
     }
-    const std::uint64_t kana = detail::ByteMask(block, 0x8E);
-    const std::uint64_t pairBytes = detail::RangeMask(block, 0xA1, 0xFE);
+    const std::uint64_t kana = Blocks::Byte(block, 0x8E);
+    const std::uint64_t pairBytes = Blocks::Range(block, 0xA1, 0xFE);
     if ((ascii | pairBytes | kana) != ~std::uint64_t{0}) {
         return 0;
     }
     std::uint64_t carry = 0;
     const std::uint64_t seconds = detail::SecondBytePositions(pairBytes | kana, carry);
     const std::uint64_t kanaSeconds = (kana & ~seconds) << 1;
-    if ((seconds & ~pairBytes) != 0 || (kanaSeconds & ~detail::RangeMask(block, 0xA1, 0xDF)) != 0) {
+    if ((seconds & ~pairBytes) != 0 || (kanaSeconds & ~Blocks::Range(block, 0xA1, 0xDF)) != 0) {
         return 0;
     }
     if (carry != 0) {
@@ -135,7 +163,7 @@ std::size_t DecodeEucBlock(const std::uint8_t* block, const std::uint16_t* eucUn
             return 0;
         }
     }
-    LookUpStartsAtLevel(block, ~seconds, 0, eucUnits, d);
+    Blocks::LookUp(block, ~seconds, 0, eucUnits, d);
     return detail::kMaskBlock + carry;
 }
 
@@ -151,12 +179,13 @@ inline std::uint64_t BitsBetween(int first, int last) {
 // first escape or stretch that is not such, and before an escape or pair that the block's end
 // cuts, for the slow path to take from there. Returns the bytes used. The block is split at its
 // escapes, so that a stretch costs a few mask operations, not a branch per byte.
+template <typename Blocks>
 std::size_t DecodeJisBlock(const std::uint8_t* block, int& mode, const std::uint16_t* eucUnits,
                            char16_t*& d) {
     constexpr std::uint64_t kEvenBits = 0x5555555555555555ULL;
-    const std::uint64_t high = detail::HighBitMask(block);
-    const std::uint64_t jisBytes = detail::RangeMask(block, 0x21, 0x7E);
-    std::uint64_t escapes = detail::ByteMask(block, kEsc);
+    const std::uint64_t high = Blocks::HighBits(block);
+    const std::uint64_t jisBytes = Blocks::Range(block, 0x21, 0x7E);
+    std::uint64_t escapes = Blocks::Byte(block, kEsc);
     std::uint64_t starts = 0;
     std::uint64_t pairs = 0;
     int used = 0;
@@ -189,8 +218,43 @@ std::size_t DecodeJisBlock(const std::uint8_t* block, int& mode, const std::uint
         used = end + 3;
         escapes &= escapes - 1;
     }
-    LookUpStartsAtLevel(block, starts, pairs, eucUnits, d);
+    Blocks::LookUp(block, starts, pairs, eucUnits, d);
     return static_cast<std::size_t>(used);
+}
+
+#if defined(__x86_64__)
+KORVEL_AVX512_BLOCKS __attribute__((flatten)) std::size_t
+DecodeEucBlockAvx512(const std::uint8_t* block, const std::uint16_t* eucUnits, char16_t*& d) {
+    return DecodeEucBlock<Avx512Blocks>(block, eucUnits, d);
+}
+
+KORVEL_AVX512_BLOCKS __attribute__((flatten)) std::size_t
+DecodeJisBlockAvx512(const std::uint8_t* block, int& mode, const std::uint16_t* eucUnits,
+                     char16_t*& d) {
+    return DecodeJisBlock<Avx512Blocks>(block, mode, eucUnits, d);
+}
+#endif
+
+std::size_t DecodeEucBlockAtLevel(bool avx512, const std::uint8_t* block,
+                                  const std::uint16_t* eucUnits, char16_t*& d) {
+#if defined(__x86_64__)
+    if (avx512) {
+        return DecodeEucBlockAvx512(block, eucUnits, d);
+    }
+#endif
+    (void)avx512;
+    return DecodeEucBlock<PortableBlocks>(block, eucUnits, d);
+}
+
+std::size_t DecodeJisBlockAtLevel(bool avx512, const std::uint8_t* block, int& mode,
+                                  const std::uint16_t* eucUnits, char16_t*& d) {
+#if defined(__x86_64__)
+    if (avx512) {
+        return DecodeJisBlockAvx512(block, mode, eucUnits, d);
+    }
+#endif
+    (void)avx512;
+    return DecodeJisBlock<PortableBlocks>(block, mode, eucUnits, d);
 }
 
 // One character of EucToShiftJis, its Shift_JIS bytes fed to writer; returns the bytes used.
@@ -356,13 +420,15 @@ CodecStatus EucToUnicode(const void* source, std::size_t byteLength, std::uint8_
         return CodecOutOfMemory;
     }
     const std::uint16_t* eucUnits = Tables().eucUnits;
+    const bool avx512 = detail::Vectors().avx512;
     detail::ShiftJisUnitWriter writer(out.units());
     std::size_t i = 0;
     // A block that needs the slow path is walked to its end before blocks are tried again.
     std::size_t slowUntil = 0;
     while (i < byteLength) {
         if (i >= slowUntil && writer.Idle() && byteLength - i > detail::kMaskBlock) {
-            const std::size_t used = DecodeEucBlock(bytes + i, eucUnits, writer.out());
+            const std::size_t used =
+                DecodeEucBlockAtLevel(avx512, bytes + i, eucUnits, writer.out());
             if (used != 0) {
                 i += used;
                 continue;
@@ -387,6 +453,7 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
         return CodecOutOfMemory;
     }
     const std::uint16_t* eucUnits = Tables().eucUnits;
+    const bool avx512 = detail::Vectors().avx512;
     const std::uint16_t* decodedUnits = cp932::Tables().decodedUnits;
     detail::ShiftJisUnitWriter writer(out.units());
     char16_t*& d = writer.out();
@@ -396,7 +463,7 @@ CodecStatus JisToUnicode(const void* source, std::size_t byteLength, std::uint8_
     std::size_t slowUntil = 0;
     while (i < byteLength) {
         if (i >= slowUntil && mode < 2 && writer.Idle() && byteLength - i > detail::kMaskBlock) {
-            const std::size_t used = DecodeJisBlock(bytes + i, mode, eucUnits, d);
+            const std::size_t used = DecodeJisBlockAtLevel(avx512, bytes + i, mode, eucUnits, d);
             i += used;
             if (used < detail::kMaskBlock - 2) {
                 slowUntil = i + detail::kMaskBlock;

@@ -30,6 +30,13 @@ TEST(ByteMasks, RangeMaskAgreesWithItsScalarTwin) {
             ASSERT_EQ(ByteMask(block, l), RangeMaskScalar(block, l, l))
                 << "byte " << low << " round " << round;
             ASSERT_EQ(HighBitMask(block), RangeMaskScalar(block, 0x80, 0xFF)) << "round " << round;
+#if defined(__x86_64__)
+            if (__builtin_cpu_supports("avx512bw")) {
+                ASSERT_EQ(RangeMaskAvx512(block, l, h), RangeMaskScalar(block, l, h)) << round;
+                ASSERT_EQ(ByteMaskAvx512(block, l), RangeMaskScalar(block, l, l)) << round;
+                ASSERT_EQ(HighBitMaskAvx512(block), RangeMaskScalar(block, 0x80, 0xFF)) << round;
+            }
+#endif
         }
     }
 }
