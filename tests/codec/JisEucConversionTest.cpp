@@ -164,11 +164,24 @@ TEST(JisEucConversion, EveryJisX0208CodeAgreesWithIconvAndRoundTrips) {
     }
     EXPECT_GE(known, 6879); // the characters of JIS X 0208
     EXPECT_TRUE(Convert(JisToShiftJis, jis, 1) == shiftJis);
-    // The direct decoders' blocks meet every code, kana worked out and kanji looked up alike.
+    // The direct decoders against the route through Shift_JIS: every code in one long stretch,
+    // then each after an ASCII byte, so that the blocks mix the two and JIS escapes every few
+    // bytes, at every offset of a block.
+    Bytes mixedShiftJis, mixedEuc, mixedJis;
+    for (std::size_t i = 0; i < euc.size(); i += 2) {
+        const auto ascii = static_cast<std::uint8_t>(0x20 + i / 2 % 0x5F);
+        mixedShiftJis.insert(mixedShiftJis.end(), {ascii, shiftJis[i], shiftJis[i + 1]});
+        mixedEuc.insert(mixedEuc.end(), {ascii, euc[i], euc[i + 1]});
+        mixedJis.insert(mixedJis.end(),
+                        {ascii, 0x1B, '$', 'B', jis[i + 3], jis[i + 4], 0x1B, '(', 'B'});
+    }
     const Bytes text = Convert(ShiftJisToUnicode, shiftJis, 2);
+    const Bytes mixedText = Convert(ShiftJisToUnicode, mixedShiftJis, 2);
     testing::ForEachVectorLevel([&] {
         EXPECT_TRUE(Convert(EucToUnicode, euc, 2) == text);
         EXPECT_TRUE(Convert(JisToUnicode, jis, 2) == text);
+        EXPECT_TRUE(Convert(EucToUnicode, mixedEuc, 2) == mixedText);
+        EXPECT_TRUE(Convert(JisToUnicode, mixedJis, 2) == mixedText);
     });
     EXPECT_TRUE(Convert(ShiftJisToEuc, shiftJis, 1) == euc);
     EXPECT_TRUE(Convert(ShiftJisToJis, shiftJis, 1, 0) == jis);
