@@ -138,6 +138,25 @@ TEST(GarbledMailToShiftJis, RestoresLostEscapesAndEighthBits) {
     }
 }
 
+// What the JIS blocks leave to the byte-wise steps, at every offset of a block: an odd kanji
+// stretch, whose last byte takes the ESC as its pair, and the escapes of the other sets.
+TEST(JisToUnicode, EscapesAtEveryBlockOffsetReadAsThroughShiftJis) {
+    const std::string_view tails[] = {"\x1B$B0!0\x1B(Bab", "\x1B(Jab\x1B$B0!\x1B(B",
+                                      "\x1B(I12\x1B(Bab", "\x1B$@0!\x1B(Bab", "\x1B$B0!\x1BK"};
+    constexpr std::size_t kTwoBlocks = 128;
+    for (const std::string_view tail : tails) {
+        for (std::size_t offset = 0; offset < kTwoBlocks; ++offset) {
+            Bytes jis(offset, 'a');
+            jis.insert(jis.end(), tail.begin(), tail.end());
+            jis.insert(jis.end(), kTwoBlocks, 'z');
+            const Bytes expected = Convert(ShiftJisToUnicode, Convert(JisToShiftJis, jis, 1), 2);
+            testing::ForEachVectorLevel([&] {
+                EXPECT_TRUE(Convert(JisToUnicode, jis, 2) == expected) << tail << " at " << offset;
+            });
+        }
+    }
+}
+
 // All 94 x 94 JIS X 0208 codes: the Shift_JIS that EUC becomes reads as the same character in
 // glibc wherever glibc knows the code, and JIS, EUC and Shift_JIS turn into one another exactly.
 TEST(JisEucConversion, EveryJisX0208CodeAgreesWithIconvAndRoundTrips) {
