@@ -3,6 +3,7 @@
 #include "codec/ByteMasks.h"
 #include "codec/Detection.h"
 #include "codec/OutputBlock.h"
+#include "codec/TableEncoding.h"
 #include "codec/Utf16Units.h"
 #include "codec/VectorSupport.h"
 
@@ -277,10 +278,7 @@ inline bool EncodeThreeByteUnits8(const std::uint8_t* source, std::uint8_t* d) {
 // How four units of 1, 2 or 3 bytes, each laid out in its own four-byte slot, close up: the
 // shuffle that packs the used bytes of the slots together, and their count. Indexed by the
 // units' lengths less one, two bits per unit, the first unit lowest.
-struct Utf8Packing {
-    std::array<std::uint8_t, 16> shuffle;
-    std::uint8_t length;
-};
+using Utf8Packing = detail::BytePacking;
 
 constexpr std::array<Utf8Packing, 256> MakeUtf8Packings() {
     std::array<Utf8Packing, 256> packings{};

@@ -64,18 +64,6 @@ bool StartsUtf8Character(std::span<const std::uint8_t> bytes, std::size_t start,
     return true;
 }
 
-std::size_t AfterUtf8LineFeed(std::span<const std::uint8_t> bytes, std::size_t start,
-                              std::size_t from) {
-    for (std::size_t at = from; at < bytes.size();) {
-        const std::size_t end = AfterLineFeed(bytes, at);
-        if (end == bytes.size() || StartsUtf8Character(bytes, start, end - 1)) {
-            return end;
-        }
-        at = end;
-    }
-    return bytes.size();
-}
-
 // ISO-2022-JP: a line feed read in the single-byte set, where a piece that starts in that set (as
 // every conversion does) reads on as the whole input would. The set is a state, and in the
 // double-byte set an ESC at the second byte of a pair is no escape, so no byte is a sure start;
@@ -113,11 +101,14 @@ bool ReadsJisLineFeed(std::span<const std::uint8_t> bytes, std::size_t start, st
     return true;
 }
 
-std::size_t AfterJisLineFeed(std::span<const std::uint8_t> bytes, std::size_t start,
-                             std::size_t from) {
+// The end of the first line feed at or after from that readsSafely(bytes, start, at) accepts,
+// or the end of the input.
+template <typename ReadsSafely>
+std::size_t AfterLineFeedWhere(std::span<const std::uint8_t> bytes, std::size_t start,
+                               std::size_t from, ReadsSafely readsSafely) {
     for (std::size_t at = from; at < bytes.size();) {
         const std::size_t end = AfterLineFeed(bytes, at);
-        if (end == bytes.size() || ReadsJisLineFeed(bytes, start, end - 1)) {
+        if (end == bytes.size() || readsSafely(bytes, start, end - 1)) {
             return end;
         }
         at = end;
@@ -156,13 +147,14 @@ std::size_t SlicedConversion::SliceEnd(std::span<const std::uint8_t> bytes) cons
     case TextEncoding::GarbledMail: // repaired as a whole
         return bytes.size();
     case TextEncoding::Jis:
-        return AfterJisLineFeed(bytes, offset_, from);
+        return AfterLineFeedWhere(bytes, offset_, from, ReadsJisLineFeed);
     case TextEncoding::Unicode:
         return AfterLineFeedUnit(bytes, from);
     case TextEncoding::Utf8: // its mark is skipped untested, whatever the bytes are
-        return AfterUtf8LineFeed(bytes, offset_ == 0 && bytes.size() > 3 ? 3 : offset_, from);
+        return AfterLineFeedWhere(bytes, offset_ == 0 && bytes.size() > 3 ? 3 : offset_, from,
+                                  StartsUtf8Character);
     case TextEncoding::Utf8N:
-        return AfterUtf8LineFeed(bytes, offset_, from);
+        return AfterLineFeedWhere(bytes, offset_, from, StartsUtf8Character);
     default:
         return AfterLineFeed(bytes, from);
     }
